@@ -1,0 +1,27 @@
+# Lorvane.mailbundle in the layout GNUstep loads: the shared object at the bundle's
+# root, resources under Resources/.
+set(LORVANE_BUNDLE_DIR ${CMAKE_BINARY_DIR}/${LORVANE_BUNDLE_NAME}.mailbundle)
+
+add_library(Lorvane MODULE ${LORVANE_SOURCES})
+target_include_directories(Lorvane PRIVATE ${CMAKE_SOURCE_DIR}/src)
+set_target_properties(Lorvane PROPERTIES
+    PREFIX "" SUFFIX ""
+    OUTPUT_NAME ${LORVANE_BUNDLE_NAME}
+    LIBRARY_OUTPUT_DIRECTORY ${LORVANE_BUNDLE_DIR})
+lorvane_objc_target(Lorvane)
+
+configure_file(${CMAKE_SOURCE_DIR}/Resources/Info-gnustep.plist.in
+               ${LORVANE_BUNDLE_DIR}/Resources/Info-gnustep.plist @ONLY)
+
+file(GLOB LORVANE_LPROJ_FILES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/Resources/*.lproj/*)
+set(_bundle_resource_outputs "")
+foreach(res IN LISTS LORVANE_LPROJ_FILES ITEMS ${CMAKE_SOURCE_DIR}/Resources/icon.png)
+    file(RELATIVE_PATH rel ${CMAKE_SOURCE_DIR}/Resources ${res})
+    set(out ${LORVANE_BUNDLE_DIR}/Resources/${rel})
+    add_custom_command(OUTPUT ${out}
+        COMMAND ${CMAKE_COMMAND} -E copy ${res} ${out}
+        DEPENDS ${res} VERBATIM)
+    list(APPEND _bundle_resource_outputs ${out})
+endforeach()
+add_custom_target(LorvaneResources ALL DEPENDS ${_bundle_resource_outputs})
+add_dependencies(Lorvane LorvaneResources)

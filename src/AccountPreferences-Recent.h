@@ -1,0 +1,12 @@
+#import <AppKit/AppKit.h>
+
+/*
+ * Tells the provider when the user's accounts changed, so mailboxes that went with an account leave the list.
+ * Its +load copies these methods into Mail's AccountPreferences and patches AccountPreferences.
+ */
+@interface AccountPreferences_MFAdditions : NSObject
+
++ (void)load;
+- (void)LVaccountsDidChange:(id)notification;
+
+@end

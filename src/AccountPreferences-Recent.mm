@@ -1,0 +1,4 @@
+#import "AccountPreferences-Recent.h"
+
+@implementation AccountPreferences_MFAdditions
+@end

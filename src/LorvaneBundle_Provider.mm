@@ -1,0 +1,4 @@
+#import "LorvaneBundle_Provider.h"
+
+@implementation LorvaneBundle_Provider
+@end

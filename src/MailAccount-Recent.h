@@ -1,0 +1,12 @@
+#import <AppKit/AppKit.h>
+
+/*
+ * Tells the provider a mailbox is about to be deleted, so it leaves the list at the next opening.
+ * Its +load copies these methods into Mail's MailAccount and patches MailAccount.
+ */
+@interface MailAccount_LVAdditions : NSObject
+
++ (void)load;
+- (BOOL)LVdeleteMailbox:(id)mailbox reflectToServer:(BOOL)reflectToServer;
+
+@end

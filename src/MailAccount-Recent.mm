@@ -1,0 +1,4 @@
+#import "MailAccount-Recent.h"
+
+@implementation MailAccount_LVAdditions
+@end

@@ -1,0 +1,4 @@
+#import "MailApp-Recent.h"
+
+@implementation MailApp_LVAdditions
+@end

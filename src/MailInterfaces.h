@@ -1,0 +1,61 @@
+/*
+ * Mail's objects as Lorvane talks to them.
+ *
+ * Mail's classes are never linked against: they are looked up by name at run time and
+ * their objects are held as plain references. These protocols only declare the
+ * messages Lorvane sends them, so that each send is type-checked.
+ */
+#import <AppKit/AppKit.h>
+
+@protocol LVMailAccount <NSObject>
++ (NSArray *)activeAccounts;
+- (NSArray *)allMailboxUids;
+- (NSString *)displayName;
+@end
+
+@protocol LVIMAPAccount <LVMailAccount>
+- (NSString *)serverPathPrefix;
+@end
+
+@protocol LVMailboxUid <NSObject>
++ (BOOL)typeIsGeneric:(int)type;
+- (int)type;
+- (NSString *)displayName;
+- (NSString *)fullPath;
+- (BOOL)isValid;
+- (id<LVMailAccount>)account;
+- (id<LVMailAccount>)ancestralAccount;
+- (NSString *)accountRelativePath;
+@end
+
+@protocol LVMailboxesController <NSObject>
++ (NSImage *)iconForMailboxUid:(id<LVMailboxUid>)uid smallSize:(BOOL)small;
+- (void)setCurrentTransferMailbox:(id<LVMailboxUid>)uid deletedOriginals:(BOOL)deleteOriginals;
+@end
+
+@protocol LVMailApp <NSObject>
+- (id<LVMailboxesController>)mailboxesController;
+@end
+
+@protocol LVMessageViewer <NSObject>
+- (void)transferSelectedMessagesToMailbox:(id<LVMailboxUid>)uid deleteOriginals:(BOOL)deleteOriginals;
+- (void)setSelectedMailboxes:(NSArray *)mailboxes;
+@end
+
+@protocol LVTransferOperation <NSObject>
+- (id<LVMailboxUid>)destinationMailboxUid;
+@end
+
+@protocol LVTableViewManager <NSObject>
+- (NSTableView *)tableView;
+@end
+
+@protocol LVMailBundle <NSObject>
++ (void)registerBundle;
+@end
+
+/* Looks up one of Mail's classes by name; Nil when this Mail has no such class. */
+static inline Class LVMailClass(const char *name)
+{
+    return NSClassFromString([NSString stringWithFormat:@"%s", name]);
+}

@@ -1,0 +1,4 @@
+#import "MessageTransfer-Recent.h"
+
+@implementation MessageTransfer_LVAdditions
+@end

@@ -1,0 +1,4 @@
+#import "MessageViewer-Recent.h"
+
+@implementation MessageViewer_LVAdditions
+@end

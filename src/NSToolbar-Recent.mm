@@ -1,0 +1,4 @@
+#import "NSToolbar-Recent.h"
+
+@implementation NSToolbar_LVAdditions
+@end

@@ -1,0 +1,4 @@
+#import "TableViewManager-Recent.h"
+
+@implementation TableViewManager_LVAdditions
+@end

@@ -1,0 +1,4 @@
+#import "Utilities.h"
+
+@implementation LVBundleUtilities
+@end

@@ -1,0 +1,12 @@
+#!/bin/sh
+# Runs the CTest suite on a virtual display and ends with "N passed, N failed".
+build="${1:-build}"
+log="$build/Testing/last-run.log"
+mkdir -p "$build/Testing"
+"$(dirname "$0")/xvfb-run.sh" ctest --test-dir "$build" -j "$(nproc)" --output-on-failure --timeout 120 >"$log" 2>&1
+status=$?
+cat "$log"
+passed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: .* +Passed' "$log")
+failed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: .*(\*\*\*|Failed|Exception|Timeout|Not Run)' "$log")
+echo "$passed passed, $failed failed"
+[ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
