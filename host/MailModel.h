@@ -31,6 +31,7 @@ enum {
     NSString *_fullPath;        // absolute folder path; the identity across launches
     int _type;
     BOOL _valid;
+    NSString *_relativePath;    // "Projects/Old/Work"; kept beside _fullPath so both stay cheap
 }
 
 + (BOOL)typeIsGeneric:(int)type;
@@ -49,6 +50,8 @@ enum {
 
 /* The message files, sorted by name, as absolute paths. */
 - (NSArray *)messagePaths;
+/* Moves (or copies) a message file into this mailbox; answers its new path, or nil. */
+- (NSString *)receiveMessageAtPath:(NSString *)path deleteOriginal:(BOOL)deleteOriginal;
 
 @end
 
@@ -57,6 +60,9 @@ enum {
     NSString *_displayName;
     NSString *_path;            // the account's folder
     NSMutableArray *_mailboxes; // every mailbox, parents before children, siblings by name
+    NSMutableDictionary *_mailboxesByRelativePath;
+    NSMutableArray *_retiredMailboxes; // deleted or vanished uids, kept alive as Mail does
+    BOOL _mailboxesNeedOrdering;       // _mailboxes is put in order when next asked for
 }
 
 /* The accounts Mail is using now. Settable so a store, a test or a benchmark can supply them. */
@@ -65,7 +71,8 @@ enum {
 
 /* Reads an account folder; nil when it has no readable Account.plist. */
 + (MailAccount *)accountWithFolder:(NSString *)path;
-/* An account that lives only in memory, for very large stores. */
+/* An account; with a nil path it lives only in memory (for very large stores), and
+   -createMailboxWithRelativePath: then makes mailbox objects without folders. */
 - (id)initWithDisplayName:(NSString *)displayName path:(NSString *)path;
 
 - (NSString *)displayName;
