@@ -25,3 +25,9 @@ foreach(res IN LISTS LORVANE_LPROJ_FILES ITEMS ${CMAKE_SOURCE_DIR}/Resources/ico
 endforeach()
 add_custom_target(LorvaneResources ALL DEPENDS ${_bundle_resource_outputs})
 add_dependencies(Lorvane LorvaneResources)
+
+# The macOS bundle's Info.plist, written here as well so that the tests can read what a
+# Mac build would ship. Building the bundle refreshes it.
+include(${CMAKE_CURRENT_LIST_DIR}/MacInfoPlist.cmake)
+lorvane_add_mac_info_plist_target(LorvaneMacInfoPlist ${CMAKE_BINARY_DIR}/mac/Info.plist)
+add_dependencies(Lorvane LorvaneMacInfoPlist)
