@@ -43,3 +43,15 @@ function(lorvane_objc_target target)
     target_link_options(${target} PRIVATE ${LORVANE_SANITIZER_FLAGS})
     target_link_libraries(${target} PRIVATE ${GNUSTEP_LINK_FLAGS})
 endfunction()
+
+# CMake has no Linux settings for Objective-C++ linking: without C++'s, shared libraries
+# get no SONAME and programs no RPATH, so MailHost would not find libMailStandIn.so.
+foreach(_flag SHARED_LIBRARY_SONAME_@_FLAG SHARED_LIBRARY_RUNTIME_@_FLAG SHARED_LIBRARY_RUNTIME_@_FLAG_SEP
+              EXECUTABLE_RUNTIME_@_FLAG EXECUTABLE_RUNTIME_@_FLAG_SEP
+              SHARED_LIBRARY_RPATH_LINK_@_FLAG EXECUTABLE_RPATH_LINK_@_FLAG)
+    string(REPLACE "@" "CXX" _cxx_name "${_flag}")
+    string(REPLACE "@" "OBJCXX" _objcxx_name "${_flag}")
+    if(NOT DEFINED CMAKE_${_objcxx_name} OR "${CMAKE_${_objcxx_name}}" STREQUAL "")
+        set(CMAKE_${_objcxx_name} "${CMAKE_${_cxx_name}}")
+    endif()
+endforeach()

@@ -9,7 +9,10 @@ typedef short OSErr;
 enum { gestaltSystemVersion = 0x73797376 /* 'sysv' */ };
 
 /* Carbon's system-version call, exported for plug-ins to find by symbol. */
-extern "C" OSErr Gestalt(OSType selector, int *response);
+#ifdef __cplusplus
+extern "C"
+#endif
+OSErr Gestalt(OSType selector, int *response);
 /* What Gestalt reports: a version such as 0x1068 for 10.6.8, or a failure status. */
 void MHSetSystemVersion(int version);
 void MHSetGestaltStatus(OSErr status);

@@ -101,9 +101,11 @@
     return NSOrderedSame;
 }
 
+// Case is folded before collating: GNUstep collates the POSIX locale capitals-first even
+// when told to ignore case, which would put "Work" before "archive" and split "work"/"Work".
 - (NSComparisonResult)sortCompareDisplayName:(LorvaneMailbox *)other
 {
-    return [_displayName localizedCaseInsensitiveCompare:[other displayName]];
+    return [[_displayName lowercaseString] localizedCompare:[[other displayName] lowercaseString]];
 }
 
 // The copy skips -init, so it has no name buffer: it keeps the mailbox, count and date only.

@@ -1,4 +1,32 @@
 #import "MailAccount-Recent.h"
+#import "LorvaneBundle_Provider.h"
+#import "Utilities.h"
+#import "MailInterfaces.h"
+
+// Mail's own deleteMailbox:reflectToServer:, run after the provider has been told.
+static IMP _old_deleteMailbox_IMP = NULL;
 
 @implementation MailAccount_LVAdditions
+
++ (void)load
+{
+    Class hostClass = LVMailClass("MailAccount");
+    if (hostClass == Nil)
+        return;     // no accounts in this Mail: nothing to patch
+    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
+    _old_deleteMailbox_IMP = [LVBundleUtilities swizzleInstanceMethod:@"deleteMailbox:reflectToServer:" forClass:hostClass];
+}
+
+// Runs as MailAccount, before Mail deletes the mailbox: only marks the work, which the
+// next opening of a recent submenu does once the mailbox is really gone.
+- (BOOL)LVdeleteMailbox:(id)mailbox reflectToServer:(BOOL)reflectToServer
+{
+    [[LorvaneBundle_Provider activeLorvaneBundle_Provider] signalRemoveDeletedMailboxes];
+    [[LorvaneBundle_Provider activeLorvaneBundle_Provider] signalUpdateMenu];
+    if (_old_deleteMailbox_IMP == NULL)
+        return NO;
+    BOOL deleted = ((BOOL (*)(id, SEL, id, BOOL))_old_deleteMailbox_IMP)(self, _cmd, mailbox, reflectToServer);
+    return deleted ? YES : NO;
+}
+
 @end

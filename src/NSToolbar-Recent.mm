@@ -1,4 +1,38 @@
 #import "NSToolbar-Recent.h"
+#import "LorvaneBundle_Provider.h"
+#import "MessageViewer-Recent.h"
+#import "TableViewManager-Recent.h"
+#import "Utilities.h"
+#import "MailInterfaces.h"
+
+BOOL didSetContextualMenuDelegate = NO;
+
+// AppKit's own -[NSToolbar setDelegate:], run after the contextual submenus are placed.
+static IMP _oldSetDelegateIMP = NULL;
 
 @implementation NSToolbar_LVAdditions
+
++ (void)load
+{
+    Class hostClass = LVMailClass("NSToolbar");
+    if (hostClass == Nil)
+        return;
+    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
+    _oldSetDelegateIMP = [LVBundleUtilities swizzleInstanceMethod:@"setDelegate:" forClass:hostClass];
+}
+
+// Runs as NSToolbar. A viewer's toolbar getting its delegate is the first moment the
+// viewer's message list, and so its contextual menu, can be reached. One contextual
+// menu serves every viewer, so this happens once, even when the menu could not be had.
+- (void)LVsetDelegate:(id)delegate
+{
+    if ([delegate isKindOfClass:LVMailClass("MessageViewer")] && !didSetContextualMenuDelegate) {
+        NSMenu *contextualMenu = [[delegate recentTableManager] recentContextualMenu];
+        [[LorvaneBundle_Provider activeLorvaneBundle_Provider] createContextualSubmenusUnderMenu:contextualMenu];
+        didSetContextualMenuDelegate = YES;
+    }
+    if (_oldSetDelegateIMP != NULL)
+        ((void (*)(id, SEL, id))_oldSetDelegateIMP)(self, _cmd, delegate);
+}
+
 @end

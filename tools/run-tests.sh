@@ -6,7 +6,8 @@ mkdir -p "$build/Testing"
 "$(dirname "$0")/xvfb-run.sh" ctest --test-dir "$build" -j "$(nproc)" --output-on-failure --timeout 120 >"$log" 2>&1
 status=$?
 cat "$log"
-passed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: .* +Passed' "$log")
-failed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: .*(\*\*\*|Failed|Exception|Timeout|Not Run)' "$log")
+# CTest's status column follows the dots after each test's name.
+passed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: [^ ]+ \.+ +Passed' "$log")
+failed=$(grep -c -E '^ *[0-9]+/[0-9]+ Test +#[0-9]+: [^ ]+ \.+ *(\*\*\*|Not Run)' "$log")
 echo "$passed passed, $failed failed"
 [ "$status" -eq 0 ] && [ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]

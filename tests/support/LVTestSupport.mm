@@ -1,4 +1,6 @@
 #import "LVTestSupport.h"
+#import "MHAlertRecorder.h"
+#import "MailApp.h"
 #import "PluginHost.h"
 
 #include <cstdlib>
@@ -35,6 +37,12 @@ static void redirectUserFolders(void)
     for (NSString *folder in @[ library, defaults, home, [library stringByAppendingPathComponent:@"Preferences"] ])
         [[NSFileManager defaultManager] createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:NULL];
     setenv("GNUSTEP_CONFIG_FILE", [confPath fileSystemRepresentation], 1);
+    // GNUstep reads that variable only at process start, so it reaches child processes
+    // alone; this process takes the two folders directly.
+    NSMutableDictionary *config = GNUstepConfig(nil);
+    [config setObject:library forKey:@"GNUSTEP_USER_DIR_LIBRARY"];
+    [config setObject:defaults forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
+    GNUstepConfig(config);
     setenv("HOME", [home fileSystemRepresentation], 1);
 }
 
@@ -87,6 +95,9 @@ BOOL LVLoadPluginBundle(void)
 {
     static NSBundle *bundle;
     if (bundle == nil) {
+        // Mail has its application object, and shows no alert to a test, before any plug-in loads.
+        MHSetRecordsAlerts(YES);
+        [MailApp sharedMailApp];
         MHPrepareMailClassesForPlugins();
         bundle = [MHLoadMailBundle(@LORVANE_BUNDLE_PATH) retain];
     }

@@ -1,4 +1,0 @@
-#import "LorvaneBundle_Provider.h"
-
-@implementation LorvaneBundle_Provider (Menus)
-@end

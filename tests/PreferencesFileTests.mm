@@ -1,0 +1,441 @@
+/*
+ * The preferences file: the two settings and the list, read at start-up with their
+ * defaults and clamps, written at termination as an XML property list, and damaged or
+ * hostile files that must never stop Mail.
+ */
+#import "LVProviderFixture.h"
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+NSString *const WriteFailureLine = @"[Lorvane] error writing to preferences file.";
+
+class PreferencesFile : public testing::Test {
+protected:
+    MHMailStore *store = nil;
+    MailAccount *home = nil;
+
+    void SetUp() override
+    {
+        LVLoadPluginAndClearLog();
+        [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+        store = LVMakeStore(@"preferences");
+        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
+        ASSERT_TRUE(home != nil);
+    }
+
+    MailboxUid *mailbox(NSString *relativePath)
+    {
+        return [home createMailboxWithRelativePath:relativePath];
+    }
+
+    NSString *path(NSString *relativePath)
+    {
+        return [mailbox(relativePath) fullPath];
+    }
+
+    void writeFile(id plist)
+    {
+        ASSERT_TRUE(LVWritePlist(plist, LVPreferencesPath(), NO));
+    }
+
+    void writeBytes(NSData *bytes)
+    {
+        ASSERT_TRUE([bytes writeToFile:LVPreferencesPath() atomically:YES]);
+    }
+
+    // A fresh provider that has read the file, as the provider's start-up does.
+    LorvaneBundle_Provider *readWithLimit(int limit)
+    {
+        LorvaneBundle_Provider *provider = LVMakeListProvider(limit, 1, NO);
+        [provider readPreferences];
+        return provider;
+    }
+
+    void expectDefaults(LorvaneBundle_Provider *provider, const char *what)
+    {
+        EXPECT_TRUE(LVFlag(provider, @"_excludeSpecialMailboxes")) << what;
+        EXPECT_EQ(0, [provider getSortType]) << what;
+        EXPECT_EQ(0u, [LVRecentList(provider) count]) << what;
+        EXPECT_TRUE(LVFlag(provider, @"_updateMenu")) << what;
+    }
+};
+
+NSNumber *boolean(BOOL value)
+{
+    return [NSNumber numberWithBool:value];
+}
+
+NSString *dateText(NSTimeInterval secondsFromNow)
+{
+    return [[NSDate dateWithTimeIntervalSinceNow:secondsFromNow] description];
+}
+
+NSDictionary *saved(NSString *fullPath, int accesses, NSString *date)
+{
+    return @{ @"FullPath" : fullPath, @"Accesses" : @(accesses), @"Date" : date };
+}
+
+NSDictionary *withRecords(NSArray *records)
+{
+    return @{ @"SortType" : @0, @"ExcludeSpecialMailboxes" : boolean(YES), @"RecentMailboxes" : records };
+}
+
+std::vector<int> counts(NSArray *records)
+{
+    std::vector<int> result;
+    for (LorvaneMailbox *record in records)
+        result.push_back([record accesses]);
+    return result;
+}
+
+} // namespace
+
+TEST_F(PreferencesFile, NoFileGivesExclusionSortByNameAnEmptyListAndFlagsTheMenus)
+{
+    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
+    [LVRecentList(provider) addObject:LVMakeRecord()];
+    [provider readPreferences];
+    expectDefaults(provider, "no file");
+    EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
+}
+
+TEST_F(PreferencesFile, SettingsAreReadWithTheirClamps)
+{
+    struct Row {
+        const char *what;
+        id exclude;
+        id sortType;
+        BOOL expectedExclude;
+        int expectedSortType;
+    } rows[] = {
+        { "both missing", nil, nil, YES, 0 },
+        { "exclusion off, newest first", boolean(NO), @1, NO, 1 },
+        { "by use", boolean(YES), @2, YES, 2 },
+        { "sort type past the last", boolean(YES), @3, YES, 0 },
+        { "negative sort type", boolean(YES), @-1, YES, 0 },
+        { "exclusion stored as 2", @2, @0, YES, 0 },
+        { "exclusion stored as 0", @0, @0, NO, 0 },
+        { "texts answer for themselves", @"NO", @"2", NO, 2 },
+        { "unreadable texts", @"maybe", @"by date", NO, 0 },
+        { "containers count as missing", @[ boolean(NO) ], @{ @"SortType" : @2 }, YES, 0 },
+        { "a date counts as missing", [NSDate date], [NSDate date], YES, 0 },
+    };
+    for (const Row &row : rows) {
+        NSMutableDictionary *file = [NSMutableDictionary dictionary];
+        if (row.exclude != nil)
+            [file setObject:row.exclude forKey:@"ExcludeSpecialMailboxes"];
+        if (row.sortType != nil)
+            [file setObject:row.sortType forKey:@"SortType"];
+        writeFile(file);
+        LorvaneBundle_Provider *provider = readWithLimit(10);
+        EXPECT_EQ(row.expectedExclude, LVFlag(provider, @"_excludeSpecialMailboxes")) << row.what;
+        EXPECT_EQ(row.expectedSortType, [provider getSortType]) << row.what;
+        EXPECT_TRUE(LVFlag(provider, @"_updateMenu")) << row.what;
+    }
+}
+
+TEST_F(PreferencesFile, RecordsAreLoadedInReverseFileOrderWithCountsDatesAndMailsNames)
+{
+    NSString *workDate = dateText(-3600);
+    writeFile(withRecords(@[ saved(path(@"Work"), 7, workDate), saved(path(@"Projects/Zürich %@"), 2, dateText(-60)),
+                             saved(path(@"Lists"), 1, dateText(-120)) ]));
+
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+
+    NSArray *list = LVRecentList(provider);
+    EXPECT_NSEQ((@[ @"Lists", @"Zürich %@", @"Work" ]), LVDisplayNames(list));
+    EXPECT_EQ((std::vector<int>{ 1, 2, 7 }), counts(list));
+    EXPECT_EQ((id)mailbox(@"Work"), (id)[provider getRecentMailboxUidAtIndex:2]);
+    EXPECT_NSEQ(workDate, [[[provider getRecentMailboxAtIndex:2] date] description]);
+}
+
+TEST_F(PreferencesFile, DatesFallBackToTheOlderKeyThenToTheTimeOfLoading)
+{
+    NSString *old = dateText(-86400);
+    NSString *current = dateText(-60);
+    writeFile(withRecords(@[
+        @{ @"FullPath" : path(@"OnlyCalendarDate"), @"Accesses" : @1, @"CalendarDate" : old },
+        @{ @"FullPath" : path(@"Both"), @"Accesses" : @1, @"Date" : current, @"CalendarDate" : old },
+        @{ @"FullPath" : path(@"Neither"), @"Accesses" : @1 },
+        @{ @"FullPath" : path(@"DateIsANumber"), @"Accesses" : @1, @"Date" : @12, @"CalendarDate" : old },
+        @{ @"FullPath" : path(@"Unparsable"), @"Accesses" : @1, @"Date" : @"last Tuesday" },
+    ]));
+
+    NSDate *before = [NSDate date];
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+    NSDate *after = [NSDate date];
+
+    NSMutableDictionary *dates = [NSMutableDictionary dictionary];
+    for (LorvaneMailbox *record in LVRecentList(provider))
+        [dates setObject:[record date] != nil ? (id)[record date] : (id)[NSNull null] forKey:[record displayName]];
+    EXPECT_NSEQ(old, [[dates objectForKey:@"OnlyCalendarDate"] description]);
+    EXPECT_NSEQ(current, [[dates objectForKey:@"Both"] description]);
+    EXPECT_NSEQ(old, [[dates objectForKey:@"DateIsANumber"] description]);
+    EXPECT_EQ([NSNull null], [dates objectForKey:@"Unparsable"]);
+    // The time of loading, to the second the date text keeps.
+    NSDate *loaded = [dates objectForKey:@"Neither"];
+    ASSERT_TRUE([loaded isKindOfClass:[NSDate class]]);
+    EXPECT_GT([loaded timeIntervalSinceDate:before], -1.0);
+    EXPECT_LE([loaded timeIntervalSinceDate:after], 0.0);
+}
+
+TEST_F(PreferencesFile, CountsAreTheStoredValuesIntValueOrZero)
+{
+    writeFile(withRecords(@[
+        @{ @"FullPath" : path(@"Missing"), @"Date" : dateText(-10) },
+        @{ @"FullPath" : path(@"Text"), @"Accesses" : @"12", @"Date" : dateText(-20) },
+        @{ @"FullPath" : path(@"Array"), @"Accesses" : @[ @5 ], @"Date" : dateText(-30) },
+        @{ @"FullPath" : path(@"Negative"), @"Accesses" : @-4, @"Date" : dateText(-40) },
+    ]));
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+    EXPECT_NSEQ((@[ @"Negative", @"Array", @"Text", @"Missing" ]), LVDisplayNames(LVRecentList(provider)));
+    EXPECT_EQ((std::vector<int>{ -4, 0, 12, 0 }), counts(LVRecentList(provider)));
+}
+
+TEST_F(PreferencesFile, RecordsThatNameNoKnownMailboxAreDroppedSilently)
+{
+    writeFile(withRecords(@[
+        saved(path(@"Work"), 1, dateText(-10)),
+        saved([path(@"Lists") stringByAppendingString:@"-gone"], 1, dateText(-20)),
+        saved([path(@"Lists") uppercaseString], 1, dateText(-30)),
+        @"not a record",
+        @[ path(@"Lists") ],
+        @{ @"FullPath" : @42, @"Accesses" : @1 },
+        @{ @"Accesses" : @3, @"Date" : dateText(-40) },
+        saved(path(@"Lists"), 1, dateText(-50)),
+    ]));
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVDisplayNames(LVRecentList(provider)));
+    EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
+}
+
+TEST_F(PreferencesFile, AFullListKeepsTheBestUnderTheEvictionOrder)
+{
+    // File order; minutes ago and counts chosen so that age and use disagree.
+    NSArray *names = @[ @"R1", @"R2", @"R3", @"R4", @"R5" ];
+    std::vector<int> minutesAgo = { 50, 10, 30, 20, 40 };
+    std::vector<int> uses = { 9, 1, 5, 2, 7 };
+    struct Row {
+        int sortType;
+        NSArray *kept;
+    } rows[] = {
+        { 0, @[ @"R2", @"R4", @"R3" ] },  // the three newest
+        { 1, @[ @"R2", @"R4", @"R3" ] },
+        { 2, @[ @"R5", @"R1", @"R3" ] },  // the three most used
+        { 5, @[ @"R2", @"R4", @"R3" ] },  // read as 0
+    };
+    for (const Row &row : rows) {
+        NSMutableArray *records = [NSMutableArray array];
+        for (NSUInteger i = 0; i < [names count]; i++)
+            [records addObject:saved(path([names objectAtIndex:i]), uses[i], dateText(-60.0 * minutesAgo[i]))];
+        writeFile(@{ @"SortType" : @(row.sortType), @"RecentMailboxes" : records });
+        LorvaneBundle_Provider *provider = readWithLimit(3);
+        EXPECT_NSEQ(row.kept, LVDisplayNames(LVRecentList(provider))) << "sort type " << row.sortType;
+    }
+}
+
+TEST_F(PreferencesFile, ARecordThatOnlyTiesWithTheWorstKeptIsNotTaken)
+{
+    NSString *sameMoment = dateText(-600);
+    struct Row {
+        int sortType;
+        NSArray *records;
+        NSArray *kept;
+    } rows[] = {
+        { 2, @[ saved(path(@"A"), 5, dateText(-10)), saved(path(@"B"), 3, dateText(-20)), saved(path(@"Tie"), 3, dateText(-5)) ],
+          @[ @"A", @"B" ] },
+        { 0, @[ saved(path(@"A"), 1, dateText(-10)), saved(path(@"B"), 1, sameMoment), saved(path(@"Tie"), 9, sameMoment) ],
+          @[ @"A", @"B" ] },
+    };
+    for (const Row &row : rows) {
+        writeFile(@{ @"SortType" : @(row.sortType), @"RecentMailboxes" : row.records });
+        LorvaneBundle_Provider *provider = readWithLimit(2);
+        EXPECT_NSEQ(row.kept, LVDisplayNames(LVRecentList(provider))) << "sort type " << row.sortType;
+    }
+}
+
+TEST_F(PreferencesFile, LimitZeroLoadsNoRecord)
+{
+    writeFile(withRecords(@[ saved(path(@"Work"), 1, dateText(-10)), saved(path(@"Lists"), 1, dateText(-20)) ]));
+    LorvaneBundle_Provider *provider = readWithLimit(0);
+    EXPECT_EQ(0u, [LVRecentList(provider) count]);
+    EXPECT_TRUE(LVFlag(provider, @"_excludeSpecialMailboxes"));
+}
+
+TEST_F(PreferencesFile, APathMailFindsTwiceGivesTheRecordEachMailboxInTurn)
+{
+    MailAccount *first = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
+    MailAccount *second = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
+    [first createMailboxWithRelativePath:@"Work"];
+    MailboxUid *later = [second createMailboxWithRelativePath:@"Work"];
+    [MailAccount setActiveAccounts:@[ first, second ]];
+    writeFile(withRecords(@[ saved([later fullPath], 4, dateText(-10)) ]));
+
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+
+    NSArray *list = LVRecentList(provider);
+    ASSERT_EQ(2u, [list count]);
+    EXPECT_EQ([list objectAtIndex:0], [list objectAtIndex:1]);
+    EXPECT_EQ((id)later, (id)[provider getRecentMailboxUidAtIndex:0]);
+}
+
+TEST_F(PreferencesFile, DamagedOrMisshapenFilesGiveTheDefaultsAndNeverStopMail)
+{
+    NSDictionary *valid = withRecords(@[ saved(path(@"Work"), 3, dateText(-10)) ]);
+    NSData *xml = [NSPropertyListSerialization dataWithPropertyList:valid format:NSPropertyListXMLFormat_v1_0 options:0 error:NULL];
+    NSData *binary = [NSPropertyListSerialization dataWithPropertyList:valid format:NSPropertyListBinaryFormat_v1_0 options:0 error:NULL];
+    ASSERT_TRUE(xml != nil && binary != nil);
+    NSMutableData *damagedBinary = [NSMutableData dataWithData:binary];
+    memset((char *)[damagedBinary mutableBytes] + [binary length] - 20, 0xFF, 20);
+    struct Row {
+        const char *what;
+        id contents;   // bytes as they are, or a property list to write as XML
+    } rows[] = {
+        { "empty", [NSData data] },
+        { "truncated XML", [xml subdataWithRange:NSMakeRange(0, [xml length] / 2)] },
+        { "truncated binary", [binary subdataWithRange:NSMakeRange(0, [binary length] / 2)] },
+        { "binary with a damaged trailer", damagedBinary },
+        { "not a property list", [@"<html><body>Not a plist at all</body></html>" dataUsingEncoding:NSUTF8StringEncoding] },
+        { "plain text", [@"SortType is 2" dataUsingEncoding:NSUTF8StringEncoding] },
+        { "bytes", [NSData dataWithBytes:"\x00\xFF\xFE\x01\x80\x7F" length:6] },
+        { "an array at the root", @[ valid ] },
+        { "a string at the root", @"SortType" },
+        { "no known keys", @{ @"Sort" : @2, @"Mailboxes" : @[] } },
+        { "records in a dictionary", @{ @"RecentMailboxes" : @{ @"Work" : saved(path(@"Work"), 3, dateText(-10)) } } },
+        { "records as text", @{ @"RecentMailboxes" : path(@"Work") } },
+    };
+    for (const Row &row : rows) {
+        if ([row.contents isKindOfClass:[NSData class]])
+            writeBytes(row.contents);
+        else
+            writeFile(row.contents);
+        expectDefaults(readWithLimit(10), row.what);
+    }
+}
+
+TEST_F(PreferencesFile, ABinaryFileIsRead)
+{
+    NSDictionary *file = @{ @"SortType" : @2, @"ExcludeSpecialMailboxes" : boolean(NO),
+                            @"RecentMailboxes" : @[ saved(path(@"Work"), 3, dateText(-10)), saved(path(@"Lists"), 5, dateText(-20)) ] };
+    ASSERT_TRUE(LVWritePlist(file, LVPreferencesPath(), YES));
+
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+
+    EXPECT_EQ(2, [provider getSortType]);
+    EXPECT_FALSE(LVFlag(provider, @"_excludeSpecialMailboxes"));
+    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVDisplayNames(LVRecentList(provider)));
+    EXPECT_EQ((std::vector<int>{ 5, 3 }), counts(LVRecentList(provider)));
+}
+
+TEST_F(PreferencesFile, WrittenFileIsXMLThatPythonReadsWithExactlyTheSavedKeys)
+{
+    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
+    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
+    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Projects/Zürich %@ %n"))];
+    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
+
+    [provider writePreferences];
+
+    NSData *bytes = [NSData dataWithContentsOfFile:LVPreferencesPath()];
+    ASSERT_TRUE(bytes != nil);
+    NSString *text = [[[NSString alloc] initWithData:bytes encoding:NSUTF8StringEncoding] autorelease];
+    EXPECT_TRUE([text hasPrefix:@"<?xml"]);
+    // Typed as a Mac writes them: a boolean and an integer, not texts or reals.
+    NSString *compact = [[text componentsSeparatedByCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]] componentsJoinedByString:@""];
+    EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>ExcludeSpecialMailboxes</key><false/>"].location) << [text UTF8String];
+    EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>SortType</key><integer>2</integer>"].location) << [text UTF8String];
+
+    NSDictionary *python = LVPythonReadPlist(LVPreferencesPath());
+    ASSERT_TRUE([python isKindOfClass:[NSDictionary class]]);
+    EXPECT_NSEQ((@[ @"ExcludeSpecialMailboxes", @"RecentMailboxes", @"SortType" ]),
+                [[python allKeys] sortedArrayUsingSelector:@selector(compare:)]);
+    EXPECT_EQ(2, [[python objectForKey:@"SortType"] intValue]);
+    EXPECT_FALSE([[python objectForKey:@"ExcludeSpecialMailboxes"] boolValue]);
+    NSArray *records = [python objectForKey:@"RecentMailboxes"];
+    ASSERT_EQ(2u, [records count]);
+    NSArray *list = LVRecentList(provider);
+    for (NSUInteger i = 0; i < [records count]; i++) {
+        NSDictionary *record = [records objectAtIndex:i];
+        LorvaneMailbox *listed = [list objectAtIndex:i];
+        EXPECT_NSEQ((@[ @"Accesses", @"Date", @"FullPath" ]), [[record allKeys] sortedArrayUsingSelector:@selector(compare:)]);
+        EXPECT_EQ([listed accesses], [[record objectForKey:@"Accesses"] intValue]);
+        EXPECT_NSEQ([[listed date] description], [record objectForKey:@"Date"]);
+        EXPECT_NSEQ([[listed uid] fullPath], [record objectForKey:@"FullPath"]);
+    }
+}
+
+TEST_F(PreferencesFile, WriteThenReadKeepsSettingsCountsAndDatesToTheSecond)
+{
+    LorvaneBundle_Provider *writer = LVMakeListProvider(10, 1, NO);
+    NSArray *names = @[ @"Work", @"Lists", @"Family", @"Projects/Old" ];
+    for (NSString *name in names)
+        [writer addOrTouchRecentMailboxFromUid:LVUid(mailbox(name))];
+    for (int i = 0; i < 4; i++) {
+        [[writer getRecentMailboxAtIndex:i] setAccesses:10 * (i + 1)];
+        [[writer getRecentMailboxAtIndex:i] setDate:[NSDate dateWithTimeIntervalSinceNow:-1000.25 * i]];
+    }
+    [writer writePreferences];
+
+    LorvaneBundle_Provider *reader = readWithLimit(10);
+
+    EXPECT_EQ(1, [reader getSortType]);
+    EXPECT_FALSE(LVFlag(reader, @"_excludeSpecialMailboxes"));
+    NSArray *written = LVRecentList(writer);
+    NSArray *read = LVRecentList(reader);
+    ASSERT_EQ([written count], [read count]);
+    // Loading puts each record at the front: the file's order comes back reversed.
+    NSUInteger count = [read count];
+    for (NSUInteger i = 0; i < count; i++) {
+        LorvaneMailbox *before = [written objectAtIndex:i];
+        LorvaneMailbox *after = [read objectAtIndex:count - 1 - i];
+        EXPECT_EQ((id)[before uid], (id)[after uid]);
+        EXPECT_EQ([before accesses], [after accesses]);
+        EXPECT_LT(std::fabs([[after date] timeIntervalSinceDate:[before date]]), 1.0);
+        EXPECT_NSEQ([[before date] description], [[after date] description]);
+    }
+}
+
+TEST_F(PreferencesFile, WritingAListReadFromAnOldFileSavesOnlyTheThreeKeys)
+{
+    NSString *old = dateText(-86400);
+    writeFile(withRecords(@[ @{ @"FullPath" : path(@"Work"), @"Accesses" : @2, @"CalendarDate" : old, @"Colour" : @"red" } ]));
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+
+    [provider writePreferences];
+
+    NSDictionary *file = LVReadPlist(LVPreferencesPath());
+    NSDictionary *record = [[file objectForKey:@"RecentMailboxes"] firstObject];
+    EXPECT_NSEQ((@[ @"Accesses", @"Date", @"FullPath" ]), [[record allKeys] sortedArrayUsingSelector:@selector(compare:)]);
+    EXPECT_NSEQ(old, [record objectForKey:@"Date"]);
+}
+
+TEST_F(PreferencesFile, ARecordWithoutADateIsSavedWithoutOne)
+{
+    writeFile(withRecords(@[ @{ @"FullPath" : path(@"Work"), @"Accesses" : @2, @"Date" : @"not a date" } ]));
+    LorvaneBundle_Provider *provider = readWithLimit(10);
+    ASSERT_TRUE([[provider getRecentMailboxAtIndex:0] date] == nil);
+
+    [provider writePreferences];
+
+    NSDictionary *record = [[LVReadPlist(LVPreferencesPath()) objectForKey:@"RecentMailboxes"] firstObject];
+    EXPECT_NSEQ((@[ @"Accesses", @"FullPath" ]), [[record allKeys] sortedArrayUsingSelector:@selector(compare:)]);
+    EXPECT_EQ(0u, LVLogCount(WriteFailureLine));
+}
+
+TEST_F(PreferencesFile, AFailedWriteIsLoggedOnceAndKeepsTheList)
+{
+    // A folder where the file belongs cannot be replaced by a file.
+    ASSERT_TRUE([[NSFileManager defaultManager] createDirectoryAtPath:LVPreferencesPath() withIntermediateDirectories:YES attributes:nil error:NULL]);
+    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
+    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
+
+    [provider writePreferences];
+
+    EXPECT_EQ(1u, LVLogCount(WriteFailureLine));
+    EXPECT_EQ(1u, LVLogCountWithPrefix(@"[Lorvane"));
+    EXPECT_EQ(1u, [LVRecentList(provider) count]);
+    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+}

@@ -1,0 +1,513 @@
+/*
+ * Changing classes at run time with LVBundleUtilities from the built bundle: making a
+ * subclass that carries another class's fields and methods, copying methods, and
+ * replacing a method by its "LV" twin.
+ *
+ * Every class here is this file's own, and each test changes classes no other test
+ * uses, so the cases stay independent even when run in one process.
+ */
+#import "LVTestSupport.h"
+#import "Utilities.h"
+
+#include <objc/runtime.h>
+#include <string>
+#include <vector>
+
+// What the tests' classes answer, so a test can tell whose code ran.
+static NSString *const BaseAnswer = @"base";
+static NSString *const ChildAnswer = @"child";
+static NSString *const ProviderAnswer = @"provider";
+static NSString *const HookAnswer = @"hook";
+
+/* ---- Subclassing ---- */
+
+@interface RPFieldProvider : NSObject
+{
+    id _first;
+    int DONOTCOPY_scratch;
+    int _second;
+    double _third;
+    char _fourth;
+}
++ (NSString *)providerKind;
+- (void)setFirst:(id)first second:(int)second third:(double)third;
+- (NSString *)summary;
+@end
+
+static NSMutableArray *initializedClassNames;
+
+@implementation RPFieldProvider
++ (void)initialize
+{
+    if (initializedClassNames == nil)
+        initializedClassNames = [[NSMutableArray alloc] init];
+    [initializedClassNames addObject:NSStringFromClass(self)];
+}
++ (NSString *)providerKind { return ProviderAnswer; }
+- (void)setFirst:(id)first second:(int)second third:(double)third
+{
+    _first = first;
+    _second = second;
+    _third = third;
+    _fourth = 'x';
+}
+- (NSString *)summary { return [NSString stringWithFormat:@"%@ %d %.1f %c", _first, _second, _third, _fourth]; }
+@end
+
+@interface RPSubclassBase : NSObject
+@end
+@implementation RPSubclassBase
+@end
+
+// A field of no size is one the run-time refuses to add.
+@interface RPUnaddableFieldProvider : NSObject
+{
+    int _fine;
+    char _empty[0];
+}
+@end
+@implementation RPUnaddableFieldProvider
+@end
+
+/* ---- Copying methods ---- */
+
+@interface RPCopyBase : NSObject
++ (NSString *)kind;
+- (NSString *)greeting;
+@end
+@implementation RPCopyBase
++ (NSString *)kind { return BaseAnswer; }
+- (NSString *)greeting { return BaseAnswer; }
+@end
+
+// What the run-time made classes below define themselves.
+@interface RPChildMethods : NSObject
++ (NSString *)kind;
+- (NSString *)greeting;
+@end
+@implementation RPChildMethods
++ (NSString *)kind { return ChildAnswer; }
+- (NSString *)greeting { return ChildAnswer; }
+@end
+
+@interface RPCopyProvider : NSObject
++ (NSString *)kind;
++ (NSString *)providerOnlyClassMethod;
+- (NSString *)greeting;
+- (NSString *)providerOnly;
+@end
+@implementation RPCopyProvider
++ (NSString *)kind { return ProviderAnswer; }
++ (NSString *)providerOnlyClassMethod { return ProviderAnswer; }
+- (NSString *)greeting { return ProviderAnswer; }
+- (NSString *)providerOnly { return ProviderAnswer; }
+@end
+
+/* ---- Swizzling ---- */
+
+// describe is defined here only; the children inherit it.
+@interface RPSwizzleBase : NSObject
++ (NSString *)classDescribe;
+- (NSString *)describe;
+@end
+@implementation RPSwizzleBase
++ (NSString *)classDescribe { return BaseAnswer; }
+- (NSString *)describe { return BaseAnswer; }
+@end
+
+@interface RPSwizzleHooked : RPSwizzleBase
++ (NSString *)LVclassDescribe;
+- (NSString *)LVdescribe;
+@end
+@implementation RPSwizzleHooked
++ (NSString *)LVclassDescribe { return HookAnswer; }
+- (NSString *)LVdescribe { return HookAnswer; }
+@end
+
+@interface RPSwizzleOther : RPSwizzleBase
+@end
+@implementation RPSwizzleOther
+@end
+
+// Swizzled twice; defines its method itself.
+@interface RPSwizzleTwice : NSObject
+- (NSString *)describe;
+- (NSString *)LVdescribe;
+@end
+@implementation RPSwizzleTwice
+- (NSString *)describe { return BaseAnswer; }
+- (NSString *)LVdescribe { return HookAnswer; }
+@end
+
+// Two classes with a method of one name, swizzled before either has an instance.
+@interface RPSwizzleUnusedFirst : NSObject
+- (NSString *)configure;
+- (NSString *)LVconfigure;
+@end
+@implementation RPSwizzleUnusedFirst
+- (NSString *)configure { return BaseAnswer; }
+- (NSString *)LVconfigure { return @"first hook"; }
+@end
+@interface RPSwizzleUnusedSecond : NSObject
+- (NSString *)configure;
+- (NSString *)LVconfigure;
+@end
+@implementation RPSwizzleUnusedSecond
+- (NSString *)configure { return BaseAnswer; }
+- (NSString *)LVconfigure { return @"second hook"; }
+@end
+
+@interface RPSwizzleUnusedUntouched : NSObject
+- (NSString *)configure;
+@end
+@implementation RPSwizzleUnusedUntouched
+- (NSString *)configure { return BaseAnswer; }
+@end
+
+@interface RPSwizzleUnusedBystander : NSObject
+@end
+@implementation RPSwizzleUnusedBystander
+@end
+
+// Has the methods to replace but no "LV" twins.
+@interface RPSwizzleNoHook : NSObject
++ (NSString *)classDescribe;
+- (NSString *)describe;
+@end
+@implementation RPSwizzleNoHook
++ (NSString *)classDescribe { return BaseAnswer; }
+- (NSString *)describe { return BaseAnswer; }
+@end
+
+// What the run-time made RPSwizzleFromProvider defines; its hooks come from the class
+// named after it with "_LVProvider".
+@interface RPSwizzleHostMethods : NSObject
++ (NSString *)classDescribe;
+- (NSString *)describe;
+@end
+@implementation RPSwizzleHostMethods
++ (NSString *)classDescribe { return BaseAnswer; }
+- (NSString *)describe { return BaseAnswer; }
+@end
+@interface RPSwizzleFromProvider_LVProvider : NSObject
++ (NSString *)LVclassDescribe;
+- (NSString *)LVdescribe;
+@end
+@implementation RPSwizzleFromProvider_LVProvider
++ (NSString *)LVclassDescribe { return HookAnswer; }
+- (NSString *)LVdescribe { return HookAnswer; }
+@end
+
+// Its "_LVProvider" class exists but does not have the hook either.
+@interface RPSwizzleEmptyProvider : NSObject
+- (NSString *)describe;
+@end
+@implementation RPSwizzleEmptyProvider
+- (NSString *)describe { return BaseAnswer; }
+@end
+@interface RPSwizzleEmptyProvider_LVProvider : NSObject
+@end
+@implementation RPSwizzleEmptyProvider_LVProvider
+@end
+
+typedef NSString *(*LVStringIMP)(id, SEL);
+
+namespace {
+
+std::vector<std::string> ownFieldNames(Class aClass)
+{
+    std::vector<std::string> names;
+    unsigned int count = 0;
+    Ivar *ivars = class_copyIvarList(aClass, &count);
+    for (unsigned int i = 0; i < count; i++)
+        names.push_back(ivar_getName(ivars[i]));
+    free(ivars);
+    return names;
+}
+
+void copyOwnMethods(Class source, Class target)
+{
+    unsigned int count = 0;
+    Method *methods = class_copyMethodList(source, &count);
+    for (unsigned int i = 0; i < count; i++)
+        class_addMethod(target, method_getName(methods[i]), method_getImplementation(methods[i]), method_getTypeEncoding(methods[i]));
+    free(methods);
+}
+
+// A class made at run time, defining the methods of methodsFrom (Nil for none) itself,
+// and already messaged, as a running Mail has messaged its classes. Tests that copy
+// class methods use these: this run-time reads the flags of a compiled metaclass as
+// "under construction" and files class methods added to it where no lookup finds them.
+Class makeClass(const char *name, Class superclass, Class methodsFrom)
+{
+    Class made = objc_allocateClassPair(superclass, name, 0);
+    if (made == Nil)
+        return Nil;
+    if (methodsFrom != Nil) {
+        copyOwnMethods(methodsFrom, made);
+        copyOwnMethods(object_getClass(methodsFrom), object_getClass(made));
+    }
+    objc_registerClassPair(made);
+    [made class];
+    return made;
+}
+
+class RuntimePatching : public testing::Test {
+protected:
+    Class utilities = Nil;
+
+    void SetUp() override
+    {
+        [NSApplication sharedApplication];
+        LVSetRecentItemsLimit(10);
+        utilities = LVPluginClass("LVBundleUtilities");
+        ASSERT_TRUE(utilities != Nil);
+        LVClearLog();
+    }
+};
+
+} // namespace
+
+TEST_F(RuntimePatching, SubclassingUnderATakenNameReturnsNilAndLogsNothing)
+{
+    Class made = [utilities subclass:[NSObject class] usingClassName:@"RPSubclassBase" providerClass:[RPFieldProvider class]];
+    EXPECT_TRUE(made == Nil);
+    EXPECT_EQ([RPSubclassBase superclass], [NSObject class]);
+    EXPECT_EQ(0u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, SubclassCarriesTheProviderFieldsInOrderExceptDoNotCopyOnes)
+{
+    [RPSubclassBase class];
+    Class made = [utilities subclass:[RPSubclassBase class] usingClassName:@"RPMadeWithFields" providerClass:[RPFieldProvider class]];
+
+    ASSERT_TRUE(made != Nil);
+    EXPECT_EQ(made, NSClassFromString(@"RPMadeWithFields"));
+    EXPECT_EQ([RPSubclassBase class], class_getSuperclass(made));
+    const std::vector<std::string> expected = { "_first", "_second", "_third", "_fourth" };
+    EXPECT_EQ(expected, ownFieldNames(made));
+    for (const std::string &name : expected) {
+        Ivar copied = class_getInstanceVariable(made, name.c_str());
+        Ivar original = class_getInstanceVariable([RPFieldProvider class], name.c_str());
+        ASSERT_TRUE(copied != NULL) << name;
+        EXPECT_STREQ(ivar_getTypeEncoding(original), ivar_getTypeEncoding(copied)) << name;
+    }
+    EXPECT_TRUE(class_getInstanceVariable(made, "DONOTCOPY_scratch") == NULL);
+    EXPECT_EQ(0u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, SubclassRunsTheProviderMethodsOnItsOwnInstancesAndItsCopiedInitialize)
+{
+    [RPSubclassBase class];
+    [RPFieldProvider class];
+    Class made = [utilities subclass:[RPSubclassBase class] usingClassName:@"RPMadeWithMethods" providerClass:[RPFieldProvider class]];
+    ASSERT_TRUE(made != Nil);
+
+    // Observed through methods only: the copied code keeps the provider's field offsets.
+    EXPECT_NSEQ(ProviderAnswer, [made providerKind]);
+    id instance = [[made alloc] init];
+    [instance setFirst:@"one" second:2 third:3.5];
+    EXPECT_NSEQ(@"one 2 3.5 x", [instance summary]);
+    [instance release];
+
+    // The provider's +initialize ran once for itself and once, as a copy, for the subclass.
+    NSCountedSet *initialized = [NSCountedSet setWithArray:initializedClassNames];
+    EXPECT_EQ(1u, [initialized countForObject:@"RPFieldProvider"]);
+    EXPECT_EQ(1u, [initialized countForObject:@"RPMadeWithMethods"]);
+}
+
+TEST_F(RuntimePatching, SubclassingStopsAtAFieldTheRuntimeRefuses)
+{
+    [RPSubclassBase class];
+    Class made = [utilities subclass:[RPSubclassBase class] usingClassName:@"RPMadeHalfway" providerClass:[RPUnaddableFieldProvider class]];
+    EXPECT_TRUE(made == Nil);
+    EXPECT_TRUE(NSClassFromString(@"RPMadeHalfway") == Nil);
+    EXPECT_EQ(1u, LVLogCount(@"could not add iVar _empty"));
+    EXPECT_EQ(1u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, CopyingAMethodKeepsTheTargetsOwnAndOverridesAnInheritedOneInTheTargetOnly)
+{
+    Class childClass = makeClass("RPCopyChild", [RPCopyBase class], [RPChildMethods class]);
+    Class siblingClass = makeClass("RPCopySibling", [RPCopyBase class], Nil);
+    ASSERT_TRUE(childClass != Nil && siblingClass != Nil);
+    id base = [[[RPCopyBase alloc] init] autorelease];
+    id child = [[[childClass alloc] init] autorelease];
+    id sibling = [[[siblingClass alloc] init] autorelease];
+    Class provider = [RPCopyProvider class];
+
+    EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:provider toClass:childClass]);
+    EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:provider toClass:siblingClass]);
+    EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:provider toClass:childClass]);
+    EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:provider toClass:siblingClass]);
+
+    EXPECT_NSEQ(ChildAnswer, [child greeting]);
+    EXPECT_NSEQ(ChildAnswer, [childClass kind]);
+    EXPECT_NSEQ(ProviderAnswer, [sibling greeting]);
+    EXPECT_NSEQ(ProviderAnswer, [siblingClass kind]);
+    EXPECT_NSEQ(BaseAnswer, [base greeting]);
+    EXPECT_NSEQ(BaseAnswer, [RPCopyBase kind]);
+}
+
+TEST_F(RuntimePatching, CopyingAMethodAnswersNoWhenThereIsNothingToCopyOrNowhereToPutIt)
+{
+    Class target = makeClass("RPCopyTarget", [RPCopyBase class], Nil);
+    ASSERT_TRUE(target != Nil);
+    struct Row {
+        const char *name;
+        BOOL instanceSide;
+        NSString *method;
+        Class target;
+        BOOL expected;
+    };
+    const Row rows[] = {
+        { "instance method to a class", YES, @"providerOnly", target, YES },
+        { "class method to a class", NO, @"providerOnlyClassMethod", target, YES },
+        { "instance method the provider lacks", YES, @"noSuchMethod", target, NO },
+        { "class method the provider lacks", NO, @"noSuchMethod", target, NO },
+        { "a class method is not an instance method", YES, @"providerOnlyClassMethod", target, NO },
+        { "instance method to no class", YES, @"providerOnly", Nil, NO },
+        { "class method to no class", NO, @"providerOnlyClassMethod", Nil, NO },
+    };
+    for (const Row &row : rows) {
+        BOOL added = row.instanceSide ? [utilities addInstanceMethodName:row.method fromProviderClass:[RPCopyProvider class] toClass:row.target]
+                                      : [utilities addClassMethodName:row.method fromProviderClass:[RPCopyProvider class] toClass:row.target];
+        EXPECT_EQ(row.expected, added) << row.name;
+    }
+    EXPECT_NSEQ(ProviderAnswer, [[[[target alloc] init] autorelease] providerOnly]);
+    EXPECT_NSEQ(ProviderAnswer, [target providerOnlyClassMethod]);
+    EXPECT_FALSE([[[[target alloc] init] autorelease] respondsToSelector:@selector(providerOnlyClassMethod)]);
+    EXPECT_EQ(0u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, ExtendingAClassCopiesEveryInstanceAndClassMethodButKeepsItsOwn)
+{
+    Class ownClass = makeClass("RPExtendedOwn", [RPCopyBase class], [RPChildMethods class]);
+    Class plainClass = makeClass("RPExtendedPlain", [NSObject class], Nil);
+    ASSERT_TRUE(ownClass != Nil && plainClass != Nil);
+    [utilities extendClass:ownClass withMethodsFromClass:[RPCopyProvider class]];
+    [utilities extendClass:plainClass withMethodsFromClass:[RPCopyProvider class]];
+
+    id own = [[[ownClass alloc] init] autorelease];
+    id plain = [[[plainClass alloc] init] autorelease];
+    EXPECT_NSEQ(ChildAnswer, [own greeting]);
+    EXPECT_NSEQ(ChildAnswer, [ownClass kind]);
+    EXPECT_NSEQ(ProviderAnswer, [own providerOnly]);
+    EXPECT_NSEQ(ProviderAnswer, [ownClass providerOnlyClassMethod]);
+    EXPECT_NSEQ(ProviderAnswer, [plain greeting]);
+    EXPECT_NSEQ(ProviderAnswer, [plain providerOnly]);
+    EXPECT_NSEQ(ProviderAnswer, [plainClass kind]);
+    EXPECT_NSEQ(ProviderAnswer, [plainClass providerOnlyClassMethod]);
+    EXPECT_NSEQ(BaseAnswer, [RPCopyBase kind]);
+    EXPECT_NSEQ(BaseAnswer, [[[[RPCopyBase alloc] init] autorelease] greeting]);
+}
+
+TEST_F(RuntimePatching, SwizzlingAnInheritedMethodReplacesItWhereItIsDefined)
+{
+    RPSwizzleBase *base = [[[RPSwizzleBase alloc] init] autorelease];
+    RPSwizzleHooked *hooked = [[[RPSwizzleHooked alloc] init] autorelease];
+    RPSwizzleOther *other = [[[RPSwizzleOther alloc] init] autorelease];
+
+    IMP previous = [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleHooked class]];
+    IMP previousClass = [utilities swizzleClassMethod:@"classDescribe" forClass:[RPSwizzleHooked class]];
+
+    ASSERT_TRUE(previous != NULL);
+    ASSERT_TRUE(previousClass != NULL);
+    EXPECT_NSEQ(HookAnswer, [hooked describe]);
+    EXPECT_NSEQ(HookAnswer, [base describe]);
+    EXPECT_NSEQ(HookAnswer, [other describe]);
+    EXPECT_NSEQ(HookAnswer, [RPSwizzleBase classDescribe]);
+    EXPECT_NSEQ(HookAnswer, [RPSwizzleOther classDescribe]);
+    // The old code is still reachable, through what was handed back only.
+    EXPECT_NSEQ(BaseAnswer, ((LVStringIMP)previous)(hooked, @selector(describe)));
+    EXPECT_NSEQ(BaseAnswer, ((LVStringIMP)previousClass)([RPSwizzleHooked class], @selector(classDescribe)));
+    EXPECT_EQ(0u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, SwizzlingTwiceHandsBackTheReplacementTheSecondTime)
+{
+    IMP replacement = method_getImplementation(class_getInstanceMethod([RPSwizzleTwice class], @selector(LVdescribe)));
+    IMP original = method_getImplementation(class_getInstanceMethod([RPSwizzleTwice class], @selector(describe)));
+
+    IMP first = [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]];
+    IMP second = [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]];
+
+    EXPECT_EQ(original, first);
+    EXPECT_EQ(replacement, second);
+    EXPECT_NE(first, second);
+    EXPECT_NSEQ(HookAnswer, [[[[RPSwizzleTwice alloc] init] autorelease] describe]);
+}
+
+TEST_F(RuntimePatching, SwizzlingOneSelectorInClassesWithoutInstancesYetKeepsEveryClassOnItsOwnCode)
+{
+    // As in Mail: each class was messaged, none has made an instance yet.
+    Class first = [RPSwizzleUnusedFirst class];
+    Class second = [RPSwizzleUnusedSecond class];
+    Class untouched = [RPSwizzleUnusedUntouched class];
+    Class bystander = [RPSwizzleUnusedBystander class];
+    EXPECT_TRUE([utilities swizzleInstanceMethod:@"configure" forClass:first] != NULL);
+    EXPECT_TRUE([utilities swizzleInstanceMethod:@"configure" forClass:second] != NULL);
+
+    // What the run-time answers for each class before any instance exists.
+    struct Row {
+        Class aClass;
+        IMP expected;
+    };
+    const Row rows[] = {
+        { first, class_getMethodImplementation(first, @selector(LVconfigure)) },
+        { second, class_getMethodImplementation(second, @selector(LVconfigure)) },
+        { untouched, method_getImplementation(class_getInstanceMethod(untouched, @selector(configure))) },
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(row.expected, class_getMethodImplementation(row.aClass, @selector(configure))) << class_getName(row.aClass);
+    EXPECT_FALSE([bystander instancesRespondToSelector:@selector(configure)]);
+    EXPECT_NSEQ(@"first hook", [[[[first alloc] init] autorelease] configure]);
+}
+
+TEST_F(RuntimePatching, SwizzlingTakesAMissingHookFromTheClassNamedWithTheProviderSuffix)
+{
+    Class host = makeClass("RPSwizzleFromProvider", [NSObject class], [RPSwizzleHostMethods class]);
+    ASSERT_TRUE(host != Nil);
+    IMP previous = [utilities swizzleInstanceMethod:@"describe" forClass:host];
+    IMP previousClass = [utilities swizzleClassMethod:@"classDescribe" forClass:host];
+
+    EXPECT_TRUE(previous != NULL);
+    EXPECT_TRUE(previousClass != NULL);
+    EXPECT_NSEQ(HookAnswer, [[[[host alloc] init] autorelease] describe]);
+    EXPECT_NSEQ(HookAnswer, [host classDescribe]);
+    EXPECT_EQ(0u, [LVLoggedLines() count]);
+}
+
+TEST_F(RuntimePatching, SwizzlingWithSomethingMissingLogsTheHostSelectorAndChangesNothing)
+{
+    struct Row {
+        const char *name;
+        BOOL instanceSide;
+        NSString *method;
+        Class host;
+        NSString *expectedLine;
+    };
+    const Row rows[] = {
+        { "host instance method missing", YES, @"noSuchMethod", [RPSwizzleNoHook class],
+          @"SWIZZLE Error - Can't find existing method for -[RPSwizzleNoHook noSuchMethod]" },
+        { "host class method missing", NO, @"noSuchMethod", [RPSwizzleNoHook class],
+          @"SWIZZLE Error - Can't find existing method for +[RPSwizzleNoHook noSuchMethod]" },
+        { "instance hook missing and no provider class", YES, @"describe", [RPSwizzleNoHook class],
+          @"SWIZZLE Error - Can't find existing method for -[RPSwizzleNoHook describe]" },
+        { "class hook missing and no provider class", NO, @"classDescribe", [RPSwizzleNoHook class],
+          @"SWIZZLE Error - Can't find existing method for +[RPSwizzleNoHook classDescribe]" },
+        { "hook missing from the provider class too", YES, @"describe", [RPSwizzleEmptyProvider class],
+          @"SWIZZLE Error - Can't find existing method for -[RPSwizzleEmptyProvider describe]" },
+    };
+    for (const Row &row : rows) {
+        LVClearLog();
+        IMP previous = row.instanceSide ? [utilities swizzleInstanceMethod:row.method forClass:row.host]
+                                        : [utilities swizzleClassMethod:row.method forClass:row.host];
+        EXPECT_TRUE(previous == NULL) << row.name;
+        EXPECT_EQ(1u, LVLogCount(row.expectedLine)) << row.name;
+        EXPECT_EQ(1u, [LVLoggedLines() count]) << row.name;
+    }
+    EXPECT_NSEQ(BaseAnswer, [[[[RPSwizzleNoHook alloc] init] autorelease] describe]);
+    EXPECT_NSEQ(BaseAnswer, [RPSwizzleNoHook classDescribe]);
+    EXPECT_NSEQ(BaseAnswer, [[[[RPSwizzleEmptyProvider alloc] init] autorelease] describe]);
+}
