@@ -4,4 +4,5 @@ set -e
 if [ -n "$LORVANE_USE_DISPLAY" ] && [ -n "$DISPLAY" ]; then
     exec "$@"
 fi
-exec xvfb-run -a -s "-screen 0 1280x800x24" "$@"
+# -noreset: Xvfb otherwise resets when its last client leaves, refusing whoever connects then.
+exec xvfb-run -a -s "-screen 0 1280x800x24 -noreset" "$@"
