@@ -20,5 +20,17 @@ build: configure
 check: build
 	@./tools/run-tests.sh $(BUILD)
 
+# The stand-in Mail with the plug-in playing a scripted day on the sample store.
+demo: build
+	@./tools/demo.sh $(BUILD)
+
+# The same, on your own display, for trying it by hand.
+run: build
+	@./tools/run.sh $(BUILD)
+
+# Benchmarks of the plug-in inside the stand-in Mail.
+bench: build
+	@./tools/bench.sh $(BUILD)
+
 clean:
 	rm -rf $(BUILD)
