@@ -18,8 +18,7 @@ static BOOL titleStillNamesMailbox(NSString *title, id<LVMailboxUid> uid)
 // Tells the user, then the log, that an item no longer matched the list, so nothing moved.
 static void reportTitleMismatch(int index, NSString *title)
 {
-    NSString *message = @"Menuitem title does not match mailbox UID name in MessageViewer-Recent:transferToRecent. "
-                         "Transfer cancelled. Please notify the developer.";
+    NSString *message = @"Menuitem title does not match mailbox UID name in MessageViewer-Recent:transferToRecent. Transfer cancelled. Please notify the developer.";
     NSRunCriticalAlertPanel(@"Lorvane Mail Plugin", @"%@", @"OK", nil, nil, message);
     NSLog(@"Menuitem title does not match mailbox UID name in MessageViewer-Recent:transferToRecent. Transfer cancelled.");
     NSLog(@"Index: %d, Title: \"%@\"", index, title);
