@@ -24,9 +24,19 @@ const MenuRow separator = { nullptr, nullptr, "" };
 
 @implementation MHMailMenus
 
+// Mail's translated titles travel with the host itself, not with whichever program runs
+// it (MailHost, a test, a benchmark): one folder of tables beside the host's sources.
+static NSBundle *hostStrings(void)
+{
+    static NSBundle *strings;
+    if (strings == nil)
+        strings = [[NSBundle alloc] initWithPath:@MAILHOST_RESOURCES_DIR];
+    return strings;
+}
+
 + (NSString *)titleFor:(NSString *)englishTitle
 {
-    return [[NSBundle mainBundle] localizedStringForKey:englishTitle value:englishTitle table:@"MailHost"];
+    return [hostStrings() localizedStringForKey:englishTitle value:englishTitle table:@"MailHost"];
 }
 
 // Titles are UTF-8 C strings: they hold an ellipsis, which a constant NSString would not carry safely.

@@ -3,6 +3,7 @@
  * by cmake/GenerateMacInfoPlist.cmake, checked with Python's plistlib, which reads plists
  * as strictly as macOS does), and the menu titles in each language the bundle carries.
  */
+#import "LVMenuFixture.h"
 #import "LVTestSupport.h"
 
 #include <cstdlib>
@@ -337,4 +338,30 @@ TEST_P(LocalizedTitles, BundleAnswersTheTableOfTheChosenLanguage)
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, LocalizedTitles, testing::ValuesIn(kLanguages),
+                         [](const testing::TestParamInfo<Language> &info) { return std::string(info.param.folder); });
+
+class TranslatedMail : public testing::TestWithParam<Language> {
+};
+
+// Mail running in the user's language shows its own "Go To" translated; the plug-in must
+// find it by its translated title and place all three items with translated titles.
+TEST_P(TranslatedMail, GetsTheThreeMenuBarItemsInItsLanguageAndInTheirPlaces)
+{
+    const Language &language = GetParam();
+    [NSUserDefaults setUserLanguages:@[ @(language.name) ]];
+    NSDictionary *titles = parseTable(builtTablePath(@(language.folder)));
+    ASSERT_TRUE(titles != nil);
+
+    LVStartMailWithPlugin();
+    NSMenu *mainMenu = [NSApp mainMenu];
+    NSMenuItem *move = LVItemAfterItemWithAction(mainMenu, @selector(moveMessagesToMailbox:));
+    NSMenuItem *copy = LVItemAfterItem(move);
+    NSMenuItem *goTo = LVItemAfterSubmenu([MHMailMenus goToMenuInMainMenu:mainMenu]);
+    EXPECT_NSEQ([titles objectForKey:@"Move to Recent"], [move title]);
+    EXPECT_NSEQ([titles objectForKey:@"Copy to Recent"], [copy title]);
+    EXPECT_NSEQ([titles objectForKey:@"Go to Recent"], [goTo title]);
+    EXPECT_TRUE([goTo hasSubmenu]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Languages, TranslatedMail, testing::ValuesIn(kLanguages),
                          [](const testing::TestParamInfo<Language> &info) { return std::string(info.param.folder); });
