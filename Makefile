@@ -2,6 +2,8 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
+# cmake --build runs make again; its "Entering directory" lines are only noise here.
+MAKEFLAGS += --no-print-directory
 
 .PHONY: all deps configure build check demo run bench clean
 
