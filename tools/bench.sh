@@ -1,0 +1,38 @@
+#!/bin/sh
+# Runs the benchmarks of the plug-in inside the stand-in Mail on a virtual display: first
+# Mail alone, then Mail with the plug-in loaded from the built bundle. Prints both tables
+# and a summary, writes bench/results/latest.json and, with matplotlib, scaling.png.
+set -e
+build="${1:-build}"
+root="$(cd "$(dirname "$0")/.." && pwd)"
+results="$root/bench/results"
+for program in lorvane_bench_baseline lorvane_bench; do
+    if [ ! -x "$build/bench/$program" ]; then
+        echo "bench.sh: $build/bench/$program is missing; build first (make bench)" >&2
+        exit 1
+    fi
+done
+mkdir -p "$results"
+# Extra arguments for both programs, such as --benchmark_filter=Transfer.
+args="${LORVANE_BENCH_ARGS:---benchmark_min_time=0.2}"
+
+echo "== Mail without the plug-in"
+"$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench_baseline" $args \
+    --benchmark_out="$results/baseline.json.tmp" --benchmark_out_format=json
+echo
+echo "== Mail with the plug-in"
+"$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench" $args \
+    --benchmark_out="$results/plugin.json.tmp" --benchmark_out_format=json
+echo
+# Loading the bundle happens once per process: four more processes give a median.
+for run in 1 2 3 4; do
+    "$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench" --benchmark_filter=BM_StartupLoadBundle \
+        --benchmark_out="$results/load-$run.json.tmp" --benchmark_out_format=json >/dev/null
+done
+# Debian's matplotlib belongs to the system's Python, which another python3 on PATH may hide.
+python=python3
+if ! python3 -c 'import matplotlib' 2>/dev/null && /usr/bin/python3 -c 'import matplotlib' 2>/dev/null; then
+    python=/usr/bin/python3
+fi
+"$python" "$root/tools/bench-report.py" "$results/baseline.json.tmp" "$results/plugin.json.tmp" "$results"
+rm -f "$results"/*.json.tmp
