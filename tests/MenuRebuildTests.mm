@@ -60,7 +60,7 @@ protected:
         for (NSUInteger family = 0; family < 5; family++) {
             SCOPED_TRACE(LVFamilyNames[family]);
             NSMenu *menu = submenu(family);
-            EXPECT_NSEQ(titles, LVRecentTitles(menu));
+            EXPECT_NSEQ(titles, LVTitlesAboveSeparator(menu));
             ASSERT_EQ((NSInteger)[titles count] + 2, [menu numberOfItems]);
             for (NSUInteger i = 0; i < [titles count]; i++)
                 EXPECT_EQ([[arrays objectAtIndex:family] objectAtIndex:i], [menu itemAtIndex:i]);
@@ -80,15 +80,15 @@ NSMenuItem *firstItem(NSMenu *menu)
 
 TEST_F(MenuRebuild, EmptyListShowsOnlySeparatorAndDisabledClearMenu)
 {
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     expectAllSubmenusShow(@[]);
 
     use(mailbox(home, @"Archive"));
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     expectAllSubmenusShow(@[ @"Archive" ]);
 
     [provider clearRecentMailboxes];
-    LVOpenMenu([provider goToRecentSubmenu]);
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
     expectAllSubmenusShow(@[]);
 }
 
@@ -121,7 +121,7 @@ TEST_F(MenuRebuild, SortTypeOrdersEveryRecentSubmenu)
         SCOPED_TRACE(row.sortType);
         setSortType(row.sortType);
         [provider signalUpdateMenu];
-        LVOpenMenu(submenu(opened++ % 5));
+        LVOpenRecentMenu(submenu(opened++ % 5));
         expectAllSubmenusShow(row.titles);
         EXPECT_NSEQ(row.titles, listedMailboxNames());
     }
@@ -136,12 +136,12 @@ TEST_F(MenuRebuild, MailboxesSharingANameShowWhereTheyLive)
     use(mailbox(home, @"Lists"));
     NSArray *expected = @[ @"Archive (Home)", @"Archive (Work)", @"Lists", @"Work", @"Work (Projects)" ];
 
-    LVOpenMenu([provider copyToRecentSubmenu]);
+    LVOpenRecentMenu([provider copyToRecentSubmenu]);
     expectAllSubmenusShow(expected);
 
     // The next rebuild starts from the extended names and settles on the same ones.
     [provider signalUpdateMenu];
-    LVOpenMenu([provider copyToRecentSubmenu]);
+    LVOpenRecentMenu([provider copyToRecentSubmenu]);
     expectAllSubmenusShow(expected);
 }
 
@@ -167,7 +167,7 @@ TEST_F(MenuRebuild, ItemsCarryAccountAndPathAsToolTipAndTheMailboxIcon)
     for (const Row &row : rows)
         use(row.mailbox);
 
-    LVOpenMenu([provider goToRecentSubmenu]);
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
 
     for (const Row &row : rows) {
         SCOPED_TRACE([row.title UTF8String]);
@@ -192,7 +192,7 @@ TEST_F(MenuRebuild, SeveralChangesBeforeAnOpeningCostOneRebuild)
     use(mailbox(home, @"Lists"));
     [provider signalUpdateMenu];
     [provider signalUpdateMenu];
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     expectAllSubmenusShow(@[ @"Archive", @"Lists" ]);
     EXPECT_FALSE([[provider valueForKey:@"_updateMenu"] boolValue]);
 
@@ -200,14 +200,14 @@ TEST_F(MenuRebuild, SeveralChangesBeforeAnOpeningCostOneRebuild)
     for (NSUInteger family = 0; family < 5; family++)
         [firstItem(submenu(family)) setTitle:@"by hand"];
     for (NSUInteger family = 0; family < 5; family++)
-        LVOpenMenu(submenu(family));
+        LVOpenRecentMenu(submenu(family));
     for (NSUInteger family = 0; family < 5; family++)
         EXPECT_NSEQ(@"by hand", [firstItem(submenu(family)) title]) << LVFamilyNames[family];
 
     // The next change brings one rebuild, at the next opening of any of them.
     use(mailbox(work, @"Clients"));
     EXPECT_NSEQ(@"by hand", [firstItem([provider goToRecentSubmenu]) title]);
-    LVOpenMenu([provider copyToRecentContextualSubmenu]);
+    LVOpenRecentMenu([provider copyToRecentContextualSubmenu]);
     expectAllSubmenusShow(@[ @"Archive", @"Clients", @"Lists" ]);
     EXPECT_FALSE([[provider valueForKey:@"_updateMenu"] boolValue]);
 }
@@ -218,7 +218,7 @@ TEST_F(MenuRebuild, OpeningTheContextualCopySubmenuRebuildsTheMenuBarOnesToo)
     [provider createContextualSubmenusUnderMenu:contextual];
     use(mailbox(home, @"Archive"));
 
-    LVOpenMenu([provider copyToRecentContextualSubmenu]);
+    LVOpenRecentMenu([provider copyToRecentContextualSubmenu]);
 
     expectAllSubmenusShow(@[ @"Archive" ]);
 }
@@ -229,7 +229,7 @@ TEST_F(MenuRebuild, WithoutWorkingMenusTheListIsLeftInNameOrderAndClearItemsFoll
     use(mailbox(work, @"Clients"));
     use(mailbox(home, @"Lists"), 3);
     use(mailbox(home, @"Reports"), 2);
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     NSArray *byUse = @[ @"Lists", @"Reports", @"Clients" ];
     expectAllSubmenusShow(byUse);
 
@@ -237,7 +237,7 @@ TEST_F(MenuRebuild, WithoutWorkingMenusTheListIsLeftInNameOrderAndClearItemsFoll
     [provider createContextualSubmenusUnderMenu:nil];
     ASSERT_FALSE([[provider valueForKey:@"_menusOK"] boolValue]);
     use(mailbox(home, @"Travel"));
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     EXPECT_FALSE([[provider valueForKey:@"_updateMenu"] boolValue]);
     expectAllSubmenusShow(byUse);
 
@@ -250,20 +250,20 @@ TEST_F(MenuRebuild, WithoutWorkingMenusTheListIsLeftInNameOrderAndClearItemsFoll
     for (NSUInteger family = 0; family < 5; family++) {
         NSMenu *menu = submenu(family);
         EXPECT_FALSE([(NSMenuItem *)[menu itemAtIndex:[menu numberOfItems] - 1] isEnabled]) << LVFamilyNames[family];
-        EXPECT_NSEQ(byUse, LVRecentTitles(menu));
+        EXPECT_NSEQ(byUse, LVTitlesAboveSeparator(menu));
     }
 }
 
 TEST_F(MenuRebuild, WithoutAListNothingIsTouched)
 {
     use(mailbox(home, @"Archive"));
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     [provider setValue:nil forKey:@"_recentMailboxes"];
 
     [provider updateMenus];
     expectAllSubmenusShow(@[ @"Archive" ]);
     [provider signalUpdateMenu];
-    LVOpenMenu([provider goToRecentSubmenu]);
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
     expectAllSubmenusShow(@[ @"Archive" ]);
 }
 
@@ -273,7 +273,7 @@ TEST_F(MenuRebuild, MailboxDeletedInTheStoreIsPrunedAtTheNextOpening)
     use(mailbox(home, @"Archive"));
     use(workArchive);
     use(mailbox(home, @"Lists"));
-    LVOpenMenu([provider goToRecentSubmenu]);
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
     expectAllSubmenusShow(@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ]);
 
     ASSERT_TRUE([work deleteMailbox:workArchive reflectToServer:YES]);
@@ -281,7 +281,7 @@ TEST_F(MenuRebuild, MailboxDeletedInTheStoreIsPrunedAtTheNextOpening)
     [provider signalRemoveDeletedMailboxes];
     expectAllSubmenusShow(@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ]);
 
-    LVOpenMenu([provider moveToRecentContextualSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentContextualSubmenu]);
     // The remaining Archive has no namesake left and shows its bare name.
     expectAllSubmenusShow(@[ @"Archive", @"Lists" ]);
     EXPECT_NSEQ((@[ @"Archive", @"Lists" ]), listedMailboxNames());

@@ -292,7 +292,7 @@ TEST(ContextualSubmenus, NilMenuFailsTheMoveItemOnlyAndStopsAllRebuilds)
     MHMailStore *store = [MHMailStore storeAtPath:LVMakeTemporaryFolder(@"store")];
     MailboxUid *archive = [[store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil] createMailboxWithRelativePath:@"Archive"];
     [provider addOrTouchRecentMailboxFromUid:(id<LVMailboxUid>)archive];
-    LVOpenMenu([provider moveToRecentSubmenu]);
+    LVOpenRecentMenu([provider moveToRecentSubmenu]);
     EXPECT_EQ(2, [[provider moveToRecentSubmenu] numberOfItems]);
     EXPECT_FALSE([[provider valueForKey:@"_updateMenu"] boolValue]);
 }

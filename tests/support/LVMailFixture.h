@@ -30,12 +30,8 @@ NSArray *LVMessageFileNames(MailboxUid *mailbox);
    each becomes a recent mailbox. */
 void LVUseMailboxes(MessageViewer *viewer, MailboxUid *source, NSArray *destinations);
 
-/* Opens a menu as AppKit does before showing it. */
-void LVOpenRecentMenu(NSMenu *menu);
 /* Chooses the item at the index as a click would: its action goes up the responder chain. */
 void LVChooseItem(NSMenu *menu, NSInteger index);
-/* Titles of the items above the separator. */
-NSArray *LVTitlesAboveSeparator(NSMenu *menu);
 /* Names of the listed mailboxes in list order, and their access counts. */
 NSArray *LVListedMailboxNames(LorvaneBundle_Provider *provider);
 NSArray *LVListedAccessCounts(LorvaneBundle_Provider *provider);

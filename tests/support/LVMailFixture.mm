@@ -59,25 +59,9 @@ void LVUseMailboxes(MessageViewer *viewer, MailboxUid *source, NSArray *destinat
     }
 }
 
-void LVOpenRecentMenu(NSMenu *menu)
-{
-    [menu update];
-}
-
 void LVChooseItem(NSMenu *menu, NSInteger index)
 {
     [menu performActionForItemAtIndex:index];
-}
-
-NSArray *LVTitlesAboveSeparator(NSMenu *menu)
-{
-    NSMutableArray *titles = [NSMutableArray array];
-    for (NSMenuItem *item in [menu itemArray]) {
-        if ([item isSeparatorItem])
-            break;
-        [titles addObject:[item title]];
-    }
-    return titles;
 }
 
 // The list as the provider answers for each of Mail's mailboxes: the list's length is not

@@ -32,10 +32,6 @@ NSArray *LVPremadeItemArrays(LorvaneBundle_Provider *provider);
 /* Names of the families in that order, for failure messages. */
 extern const char *const LVFamilyNames[5];
 
-/* Opens a menu as AppKit does before showing it: the delegate is asked to update it. */
-void LVOpenMenu(NSMenu *menu);
-/* Titles of the items above the separator: the recent mailboxes, top to bottom. */
-NSArray *LVRecentTitles(NSMenu *menu);
 /* The item right after the first item (searched depth-first through submenus) whose action
    is the selector; nil when there is none or it is the last one. */
 NSMenuItem *LVItemAfterItemWithAction(NSMenu *menu, SEL action);

@@ -49,22 +49,6 @@ NSArray *LVPremadeItemArrays(LorvaneBundle_Provider *provider)
     ];
 }
 
-void LVOpenMenu(NSMenu *menu)
-{
-    [menu update];
-}
-
-NSArray *LVRecentTitles(NSMenu *menu)
-{
-    NSMutableArray *titles = [NSMutableArray array];
-    for (NSMenuItem *item in [menu itemArray]) {
-        if ([item isSeparatorItem])
-            break;
-        [titles addObject:[item title]];
-    }
-    return titles;
-}
-
 NSMenuItem *LVItemAfterItem(NSMenuItem *item)
 {
     NSMenu *menu = [item menu];

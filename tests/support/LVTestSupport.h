@@ -26,6 +26,11 @@ BOOL LVLoadPluginBundle(void);
 /* A class of the loaded plug-in, by name; loads the bundle first. */
 Class LVPluginClass(const char *name);
 
+/* Opens a menu as AppKit does before showing it: its delegate is asked to bring it up to date. */
+void LVOpenRecentMenu(NSMenu *menu);
+/* Titles of the items above the separator: the recent mailboxes, top to bottom. */
+NSArray *LVTitlesAboveSeparator(NSMenu *menu);
+
 /* Writes a property list as XML (or binary when asked); YES on success. */
 BOOL LVWritePlist(id plist, NSString *path, BOOL binary);
 /* Reads any property list file; nil when missing or unreadable. */

@@ -110,6 +110,22 @@ Class LVPluginClass(const char *name)
     return NSClassFromString([NSString stringWithUTF8String:name]);
 }
 
+void LVOpenRecentMenu(NSMenu *menu)
+{
+    [menu update];
+}
+
+NSArray *LVTitlesAboveSeparator(NSMenu *menu)
+{
+    NSMutableArray *titles = [NSMutableArray array];
+    for (NSMenuItem *item in [menu itemArray]) {
+        if ([item isSeparatorItem])
+            break;
+        [titles addObject:[item title]];
+    }
+    return titles;
+}
+
 BOOL LVWritePlist(id plist, NSString *path, BOOL binary)
 {
     NSPropertyListFormat format = binary ? NSPropertyListBinaryFormat_v1_0 : NSPropertyListXMLFormat_v1_0;
