@@ -10,6 +10,17 @@ BOOL didSetContextualMenuDelegate = NO;
 // AppKit's own -[NSToolbar setDelegate:], run after the contextual submenus are placed.
 static IMP _oldSetDelegateIMP = NULL;
 
+// The message list's contextual menu, or nil. A Mail whose table manager class has another
+// name never received recentContextualMenu: its viewers count as having no message list,
+// rather than raising inside Mail while it opens a window.
+static NSMenu *contextualMenuOfViewer(id viewer)
+{
+    id tableManager = [viewer recentTableManager];
+    if (![tableManager respondsToSelector:@selector(recentContextualMenu)])
+        return nil;
+    return [tableManager recentContextualMenu];
+}
+
 @implementation NSToolbar_LVAdditions
 
 + (void)load
@@ -27,7 +38,7 @@ static IMP _oldSetDelegateIMP = NULL;
 - (void)LVsetDelegate:(id)delegate
 {
     if ([delegate isKindOfClass:LVMailClass("MessageViewer")] && !didSetContextualMenuDelegate) {
-        NSMenu *contextualMenu = [[delegate recentTableManager] recentContextualMenu];
+        NSMenu *contextualMenu = contextualMenuOfViewer(delegate);
         [[LorvaneBundle_Provider activeLorvaneBundle_Provider] createContextualSubmenusUnderMenu:contextualMenu];
         didSetContextualMenuDelegate = YES;
     }

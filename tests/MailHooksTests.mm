@@ -250,7 +250,7 @@ TEST_F(MailHooks, OnlyATransferWhoseDelegateIsExactlyAMessageViewerWithADestinat
     }
 }
 
-TEST_F(MailHooks, OnlyTheFirstViewersToolbarPutsTheContextualSubmenusUnderItsMessageList)
+TEST_F(MailHooks, OnlyTheFirstViewersToolbarPutsTheContextualSubmenusUnderItsMessageListAndTheMainViewerIsFrontmost)
 {
     // A toolbar of something else first: it is not the moment yet.
     NSToolbar *unrelated = [[[NSToolbar alloc] initWithIdentifier:@"Unrelated"] autorelease];
@@ -273,6 +273,15 @@ TEST_F(MailHooks, OnlyTheFirstViewersToolbarPutsTheContextualSubmenusUnderItsMes
     // Mail's own toolbar set-up went ahead every time.
     EXPECT_EQ((id)first, [[first valueForKey:@"_toolbar"] delegate]);
     EXPECT_EQ((id)second, [[second valueForKey:@"_toolbar"] delegate]);
+
+    // A viewer's window becoming main makes it the frontmost for the plug-in and for Mail.
+    EXPECT_EQ((id)second, [provider frontmostMessageViewer]);
+    EXPECT_EQ(second, [mail frontmostMessageViewer]);
+    forgetCalls();
+    [[first window] makeKeyAndOrderFront:nil];
+    EXPECT_EQ(1u, callCount(@"setFrontmostMessageViewer:"));
+    EXPECT_EQ((id)first, [provider frontmostMessageViewer]);
+    EXPECT_EQ(first, [mail frontmostMessageViewer]);
 }
 
 TEST_F(MailHooks, DeletingAMailboxMarksTheListBeforeMailDeletesItAndPassesMailsAnswerOn)
@@ -354,21 +363,6 @@ TEST_F(MailHooks, AccountsChangingMarksTheListForPruningAndMailShowsTheAccounts)
     EXPECT_TRUE([goTo itemWithTitle:@"Lists"] == nil);
     LVOpenRecentMenu([provider moveToRecentSubmenu]);
     EXPECT_NSEQ((@[ @"Travel" ]), LVTitlesAboveSeparator([provider moveToRecentSubmenu]));
-}
-
-TEST_F(MailHooks, AViewersWindowBecomingMainMakesItTheFrontmostForThePluginAndForMail)
-{
-    MessageViewer *first = [mail openMessageViewer];
-    MessageViewer *second = [mail openMessageViewer];
-    EXPECT_EQ((id)second, [provider frontmostMessageViewer]);
-    EXPECT_EQ(second, [mail frontmostMessageViewer]);
-    forgetCalls();
-
-    [[first window] makeKeyAndOrderFront:nil];
-
-    EXPECT_EQ(1u, callCount(@"setFrontmostMessageViewer:"));
-    EXPECT_EQ((id)first, [provider frontmostMessageViewer]);
-    EXPECT_EQ(first, [mail frontmostMessageViewer]);
 }
 
 TEST_F(MailHooks, QuittingWritesThePreferencesBeforeMailsOwnHandlerRuns)

@@ -71,19 +71,9 @@ protected:
     }
 };
 
-BOOL raisesRangeException(LorvaneBundle_Provider *provider, int index)
-{
-    @try {
-        [provider getRecentMailboxAtIndex:index];
-    } @catch (NSException *exception) {
-        return [[exception name] isEqualToString:NSRangeException];
-    }
-    return NO;
-}
-
 } // namespace
 
-TEST_F(RecentList, NewMailboxGoesToTheFrontWithCountOneAndMailsNameAndFlagsTheMenus)
+TEST_F(RecentList, NewMailboxGoesToTheFrontWithCountOneAndMailsNameAndFlagsTheMenusAndIndexesPastTheListRaise)
 {
     LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
     MailboxUid *work = mailbox(@"Work");
@@ -101,6 +91,14 @@ TEST_F(RecentList, NewMailboxGoesToTheFrontWithCountOneAndMailsNameAndFlagsTheMe
     EXPECT_EQ([list objectAtIndex:0], [provider getRecentMailboxAtIndex:0]);
     EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:0] accesses]);
     EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVDisplayNames(list));
+    for (int index : { 2, -1 }) {
+        @try {
+            [provider getRecentMailboxAtIndex:index];
+            ADD_FAILURE() << "no exception for index " << index;
+        } @catch (NSException *exception) {
+            EXPECT_NSEQ(NSRangeException, [exception name]) << index;
+        }
+    }
 }
 
 TEST_F(RecentList, ListedMailboxIsTouchedInPlaceEvenInAFullListAndFlagsTheMenus)
@@ -121,41 +119,37 @@ TEST_F(RecentList, ListedMailboxIsTouchedInPlaceEvenInAFullListAndFlagsTheMenus)
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
-TEST_F(RecentList, LimitZeroChangesNothingAndFlagsNothing)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(0, 0, NO);
-    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
-    EXPECT_EQ(0u, [LVRecentList(provider) count]);
-    EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
-}
-
-TEST_F(RecentList, ExclusionKeepsMailsSpecialMailboxesOut)
+TEST_F(RecentList, ExclusionKeepsMailsSpecialMailboxesOutAndLimitZeroKeepsEveryMailboxOut)
 {
     struct Row {
         NSString *mailbox;
+        int limit;
         BOOL exclude;
         BOOL listed;
     } rows[] = {
-        { @"Inbox", YES, NO }, { @"Sent", YES, NO }, { @"Trash", YES, NO }, { @"Projects", YES, YES },
-        { @"Projects/Inbox", YES, YES }, // only Mail's own top-level Inbox is special
-        { @"Inbox", NO, YES },           { @"Junk", NO, YES },
+        { @"Inbox", 10, YES, NO },          { @"Sent", 10, YES, NO },  { @"Trash", 10, YES, NO },
+        { @"Projects", 10, YES, YES },      { @"Inbox", 10, NO, YES }, { @"Junk", 10, NO, YES },
+        { @"Projects/Inbox", 10, YES, YES }, // only Mail's own top-level Inbox is special
+        { @"Work", 0, NO, NO },
     };
     for (const Row &row : rows) {
-        LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, row.exclude);
+        LorvaneBundle_Provider *provider = LVMakeListProvider(row.limit, 0, row.exclude);
         MailboxUid *uid = mailbox(row.mailbox);
         [provider addOrTouchRecentMailboxFromUid:LVUid(uid)];
         EXPECT_EQ(row.listed ? 0 : -1, [provider getRecentMailboxIndexWithUid:LVUid(uid)]) << [row.mailbox UTF8String] << " exclude " << (int)row.exclude;
         EXPECT_EQ(row.listed, LVFlag(provider, @"_updateMenu")) << [row.mailbox UTF8String];
+        EXPECT_EQ(row.listed ? 1u : 0u, [LVRecentList(provider) count]) << [row.mailbox UTF8String];
     }
 }
 
-TEST_F(RecentList, LookupByMailboxIsByIdentityNotByPath)
+TEST_F(RecentList, LookupByMailboxIsByIdentityAndByFullPathFindsTheFirstInMailsOrderExactly)
 {
     // Two accounts kept in memory with one name give their mailboxes the same full path.
     MailAccount *first = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
     MailAccount *second = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
     MailboxUid *listed = [first createMailboxWithRelativePath:@"Work"];
     MailboxUid *samePath = [second createMailboxWithRelativePath:@"Work"];
+    MailboxUid *nested = [second createMailboxWithRelativePath:@"Projects/Zürich %@"];
     ASSERT_NSEQ([listed fullPath], [samePath fullPath]);
     [MailAccount setActiveAccounts:@[ first, second ]];
 
@@ -171,15 +165,13 @@ TEST_F(RecentList, LookupByMailboxIsByIdentityNotByPath)
     [provider addOrTouchRecentMailboxFromUid:LVUid(samePath)];
     EXPECT_EQ(3u, [LVRecentList(provider) count]);
     EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:1] accesses]);
-}
 
-TEST_F(RecentList, IndexesOutsideTheListRaiseTheRangeException)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
-    fill(provider, @[ @"Work", @"Lists" ], { 1, 1 });
-    EXPECT_FALSE(raisesRangeException(provider, 1));
-    EXPECT_TRUE(raisesRangeException(provider, 2));
-    EXPECT_TRUE(raisesRangeException(provider, -1));
+    EXPECT_EQ((id)listed, (id)[provider mailboxUidForFullPath:[listed fullPath]]);
+    EXPECT_EQ((id)nested, (id)[provider mailboxUidForFullPath:[nested fullPath]]);
+    EXPECT_TRUE([provider mailboxUidForFullPath:[[listed fullPath] uppercaseString]] == nil);
+    EXPECT_TRUE([provider mailboxUidForFullPath:@"Twin/Nowhere"] == nil);
+    [MailAccount setActiveAccounts:@[]];
+    EXPECT_TRUE([provider mailboxUidForFullPath:[listed fullPath]] == nil);
 }
 
 TEST_F(RecentList, FullListDropsTheOldestUnlessSortedByUse)
@@ -229,34 +221,6 @@ TEST_F(RecentList, ListLongerThanALoweredLimitGrowsByOne)
     EXPECT_NSEQ((@[ @"F", @"E", @"D", @"C", @"B", @"A" ]), LVMailboxNames(LVRecentList(provider)));
 }
 
-TEST_F(RecentList, MailboxForFullPathIsTheFirstInMailsOrderAndMatchesExactly)
-{
-    MailAccount *first = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
-    MailAccount *second = [[[MailAccount alloc] initWithDisplayName:@"Twin" path:nil] autorelease];
-    MailboxUid *inFirst = [first createMailboxWithRelativePath:@"Work"];
-    [second createMailboxWithRelativePath:@"Work"];
-    MailboxUid *nested = [second createMailboxWithRelativePath:@"Projects/Zürich %@"];
-    [MailAccount setActiveAccounts:@[ first, second ]];
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
-
-    EXPECT_EQ((id)inFirst, (id)[provider mailboxUidForFullPath:[inFirst fullPath]]);
-    EXPECT_EQ((id)nested, (id)[provider mailboxUidForFullPath:[nested fullPath]]);
-    EXPECT_TRUE([provider mailboxUidForFullPath:[[inFirst fullPath] uppercaseString]] == nil);
-    EXPECT_TRUE([provider mailboxUidForFullPath:@"Twin/Nowhere"] == nil);
-
-    [MailAccount setActiveAccounts:@[]];
-    EXPECT_TRUE([provider mailboxUidForFullPath:[inFirst fullPath]] == nil);
-}
-
-TEST_F(RecentList, ClearEmptiesTheListAndFlagsTheMenus)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
-    fill(provider, @[ @"Work", @"Lists" ], { 1, 1 });
-    [provider clearRecentMailboxes];
-    EXPECT_EQ(0u, [LVRecentList(provider) count]);
-    EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
-}
-
 TEST_F(RecentList, PruningRemovesEveryGoneMailboxInOneCall)
 {
     LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
@@ -281,11 +245,14 @@ TEST_F(RecentList, PruningKeepsOnlyTheVerySameLiveMailboxObjects)
     [provider addOrTouchRecentMailboxFromUid:LVUid(elsewhere)];
     LVSetFlag(provider, @"_updateMenu", NO);
 
-    // Lists deleted and made again under the same path is another mailbox.
-    ASSERT_TRUE([home deleteMailbox:mailbox(@"Lists") reflectToServer:YES]);
+    // Lists deleted and made again under the same path is another mailbox, even while an
+    // account Mail has not refreshed still lists the deleted one.
+    MailboxUid *lists = mailbox(@"Lists");
+    ASSERT_TRUE([home deleteMailbox:lists reflectToServer:YES]);
     ASSERT_TRUE(mailbox(@"Lists") != nil);
+    RLStaleAccount *stale = [[[RLStaleAccount alloc] initWithMailboxes:@[ lists ]] autorelease];
     // An account Mail stopped using takes its mailboxes along, valid as they still are.
-    [MailAccount setActiveAccounts:@[ home ]];
+    [MailAccount setActiveAccounts:@[ home, stale ]];
     ASSERT_TRUE([elsewhere isValid]);
 
     [provider removeDeletedMailboxes];
@@ -293,43 +260,24 @@ TEST_F(RecentList, PruningKeepsOnlyTheVerySameLiveMailboxObjects)
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
-TEST_F(RecentList, PruningDropsAMailboxMailStillListsButCallsInvalid)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
-    fill(provider, @[ @"Work", @"Lists" ], { 1, 1 });
-    MailboxUid *lists = mailbox(@"Lists");
-    ASSERT_TRUE([home deleteMailbox:lists reflectToServer:YES]);
-    ASSERT_FALSE([lists isValid]);
-    RLStaleAccount *stale = [[[RLStaleAccount alloc] initWithMailboxes:@[ lists ]] autorelease];
-    [MailAccount setActiveAccounts:@[ home, stale ]];
-
-    [provider removeDeletedMailboxes];
-
-    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVRecentList(provider)));
-}
-
-TEST_F(RecentList, PruningALiveListChangesNothingAndFlagsNothing)
+TEST_F(RecentList, PruningALiveListFlagsNothingAndAListOfGoneMailboxesEmptiesIt)
 {
     LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
     fill(provider, @[ @"Work", @"Lists" ], { 1, 1 });
     [provider removeDeletedMailboxes];
     EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVMailboxNames(LVRecentList(provider)));
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
-}
 
-TEST_F(RecentList, PruningAListOfGoneMailboxesLeavesItEmpty)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
-    fill(provider, @[ @"Work", @"Lists", @"Family" ], { 1, 1, 1 });
     [MailAccount setActiveAccounts:@[]];
     [provider removeDeletedMailboxes];
     EXPECT_EQ(0u, [LVRecentList(provider) count]);
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
-TEST_F(RecentList, EachSignalSetsOnlyItsOwnFlag)
+TEST_F(RecentList, EachSignalSetsOnlyItsOwnFlagAndClearingButNotCountingFlagsTheMenus)
 {
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
+    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, YES);
+    fill(provider, @[ @"Work" ], { 3 });
     [provider signalRemoveDeletedMailboxes];
     EXPECT_TRUE(LVFlag(provider, @"_removeDeletedMailboxes"));
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
@@ -338,16 +286,15 @@ TEST_F(RecentList, EachSignalSetsOnlyItsOwnFlag)
     [provider signalUpdateMenu];
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
     EXPECT_FALSE(LVFlag(provider, @"_removeDeletedMailboxes"));
-}
 
-TEST_F(RecentList, SortTypeAndIncrementDoNotFlagTheMenus)
-{
-    LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, YES);
-    fill(provider, @[ @"Work" ], { 3 });
+    LVSetFlag(provider, @"_updateMenu", NO);
     EXPECT_EQ(2, [provider getSortType]);
     [provider incrementAccessesForItemAtIndex:0];
     EXPECT_EQ(4, [[provider getRecentMailboxAtIndex:0] accesses]);
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
+    [provider clearRecentMailboxes];
+    EXPECT_EQ(0u, [LVRecentList(provider) count]);
+    EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
 TEST_F(RecentList, DebugDumpsShowMailsNamesAddressesAndPathsInListOrder)
