@@ -31,17 +31,9 @@ fail() {
     failures=$((failures + 1))
 }
 
-# A private home: GNUstep finds the user's Library through its configuration file.
-mkdir -p "$library/Preferences" "$library/Mail/Bundles" "$out/Defaults" "$out/Home" "$shots"
-{ cat /etc/GNUstep/GNUstep.conf 2>/dev/null
-  echo "GNUSTEP_USER_DIR_LIBRARY=$library"
-  echo "GNUSTEP_USER_DEFAULTS_DIR=$out/Defaults"; } >"$out/GNUstep.conf"
-export GNUSTEP_CONFIG_FILE="$out/GNUstep.conf" HOME="$out/Home"
-# The system's "Number of Recent Items", which sets how many mailboxes the menus keep.
-python3 -c 'import plistlib,sys; plistlib.dump({"RecentDocuments": {"MaxAmount": 10}}, open(sys.argv[1], "wb"))' \
-    "$library/Preferences/com.apple.recentitems.plist"
-cp -R "$top/samples/store" "$store"
-cp -R "$build/Lorvane.mailbundle" "$library/Mail/Bundles/"
+. "$top/tools/private-home.sh"
+make_private_home "$out" "$build"
+mkdir -p "$shots"
 
 # "Home/Travel/2026" lives in store/Home/Travel.mbox/2026.mbox.
 folder_of() {

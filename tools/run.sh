@@ -12,17 +12,8 @@ if [ -z "${DISPLAY:-}" ]; then
 fi
 
 home=$(mktemp -d /tmp/lorvane-run-XXXXXX)
-library="$home/Library"
-mkdir -p "$library/Preferences" "$library/Mail/Bundles" "$home/Defaults" "$home/Home"
-{ cat /etc/GNUstep/GNUstep.conf 2>/dev/null
-  echo "GNUSTEP_USER_DIR_LIBRARY=$library"
-  echo "GNUSTEP_USER_DEFAULTS_DIR=$home/Defaults"; } >"$home/GNUstep.conf"
-export GNUSTEP_CONFIG_FILE="$home/GNUstep.conf" HOME="$home/Home"
-# The system's "Number of Recent Items", which sets how many mailboxes the menus keep.
-python3 -c 'import plistlib,sys; plistlib.dump({"RecentDocuments": {"MaxAmount": 10}}, open(sys.argv[1], "wb"))' \
-    "$library/Preferences/com.apple.recentitems.plist"
-cp -R "$top/samples/store" "$home/store"
-cp -R "$build/Lorvane.mailbundle" "$library/Mail/Bundles/"
+. "$top/tools/private-home.sh"
+make_private_home "$home" "$build"
 
 echo "Mail's store, Library and the plug-in's preferences are in $home"
 exec "$build/MailHost" --store "$home/store" -NSMenuInterfaceStyle NSMacintoshInterfaceStyle
