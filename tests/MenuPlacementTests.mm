@@ -47,19 +47,8 @@ NSString *placeOfItemTitled(NSString *title, NSMenu *menu)
     return @"";
 }
 
-class MenuPlacement : public testing::Test {
+class MenuPlacement : public LVBundleUtilitiesTest {
 protected:
-    Class utilities = Nil;
-
-    void SetUp() override
-    {
-        // NSMenu wants an application object; this test plays no Mail, so a plain one does.
-        [NSApplication sharedApplication];
-        LVSetRecentItemsLimit(10);
-        utilities = LVPluginClass("LVBundleUtilities");
-        ASSERT_TRUE(utilities != Nil);
-    }
-
     NSMenuItem *insertBelowAction(NSMenu *menu, SEL sought, NSString *keyEquivalent)
     {
         return [[utilities newMenuItemWithTitle:@"Inserted" action:@selector(insertedAction:) andKeyEquivalent:keyEquivalent

@@ -240,18 +240,7 @@ Class makeClass(const char *name, Class superclass, Class methodsFrom)
     return made;
 }
 
-class RuntimePatching : public testing::Test {
-protected:
-    Class utilities = Nil;
-
-    void SetUp() override
-    {
-        [NSApplication sharedApplication];
-        LVSetRecentItemsLimit(10);
-        utilities = LVPluginClass("LVBundleUtilities");
-        ASSERT_TRUE(utilities != Nil);
-        LVClearLog();
-    }
+class RuntimePatching : public LVBundleUtilitiesTest {
 };
 
 } // namespace

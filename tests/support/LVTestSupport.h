@@ -44,6 +44,21 @@ void LVRemoveRecentItemsFile(void);
 /* The preferences file Lorvane reads and writes. */
 NSString *LVPreferencesPath(void);
 
+/* Tests of the plug-in's class utilities, loaded into a running Mail; the log starts empty
+   after loading. */
+class LVBundleUtilitiesTest : public testing::Test {
+protected:
+    Class utilities = Nil;
+
+    void SetUp() override
+    {
+        LVSetRecentItemsLimit(10);
+        utilities = LVPluginClass("LVBundleUtilities");
+        ASSERT_TRUE(utilities != Nil);
+        LVClearLog();
+    }
+};
+
 /* Equality of Objective-C strings with readable failure output. */
 #define EXPECT_NSEQ(expected, actual) EXPECT_STREQ([[(expected) description] UTF8String], [[(actual) description] UTF8String])
 #define ASSERT_NSEQ(expected, actual) ASSERT_STREQ([[(expected) description] UTF8String], [[(actual) description] UTF8String])
