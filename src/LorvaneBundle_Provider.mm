@@ -1013,11 +1013,16 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 
 // Runs even when the recent items could not be rebuilt: "Clear Menu" always tells
 // whether there is anything to clear.
+// An item told its current state again still makes GNUstep lay its menu out anew, which
+// costs more than the rest of a rebuild: only a change is passed on.
 - (void)enableClearItems
 {
     BOOL listHasEntries = [_recentMailboxes count] != 0;
-    for (LVMenuFamily family : LVFamilyOrder)
-        [[self clearItemOfFamily:family] setEnabled:listHasEntries];
+    for (LVMenuFamily family : LVFamilyOrder) {
+        NSMenuItem *clearItem = [self clearItemOfFamily:family];
+        if ([clearItem isEnabled] != listHasEntries)
+            [clearItem setEnabled:listHasEntries];
+    }
 }
 
 #pragma mark Accessors
