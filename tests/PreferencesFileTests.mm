@@ -11,23 +11,12 @@ namespace {
 
 NSString *const WriteFailureLine = @"[Lorvane] error writing to preferences file.";
 
-class PreferencesFile : public testing::Test {
+class PreferencesFile : public LVHomeAccountTest {
 protected:
-    MHMailStore *store = nil;
-    MailAccount *home = nil;
-
     void SetUp() override
     {
-        LVLoadPluginAndClearLog();
+        LVHomeAccountTest::SetUp();
         [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
-        store = LVMakeStore(@"preferences");
-        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
-        ASSERT_TRUE(home != nil);
-    }
-
-    MailboxUid *mailbox(NSString *relativePath)
-    {
-        return [home createMailboxWithRelativePath:relativePath];
     }
 
     NSString *path(NSString *relativePath)

@@ -37,24 +37,8 @@
 
 namespace {
 
-class RecentList : public testing::Test {
+class RecentList : public LVHomeAccountTest {
 protected:
-    MHMailStore *store = nil;
-    MailAccount *home = nil;
-
-    void SetUp() override
-    {
-        LVLoadPluginAndClearLog();
-        store = LVMakeStore(@"recent-list");
-        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
-        ASSERT_TRUE(home != nil);
-    }
-
-    MailboxUid *mailbox(NSString *relativePath)
-    {
-        return [home createMailboxWithRelativePath:relativePath];
-    }
-
     // Adds the mailboxes in order, then dates the records so that the first added is
     // the oldest, one minute apart, and gives them the counts asked for.
     void fill(LorvaneBundle_Provider *provider, NSArray *names, std::vector<int> counts)

@@ -8,23 +8,7 @@
 
 namespace {
 
-class Record : public testing::Test {
-protected:
-    MHMailStore *store = nil;
-    MailAccount *home = nil;
-
-    void SetUp() override
-    {
-        LVLoadPluginAndClearLog();
-        store = LVMakeStore(@"records");
-        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
-        ASSERT_TRUE(home != nil);
-    }
-
-    MailboxUid *mailbox(NSString *relativePath)
-    {
-        return [home createMailboxWithRelativePath:relativePath];
-    }
+class Record : public LVHomeAccountTest {
 };
 
 NSDate *secondsFromNow(NSTimeInterval seconds)

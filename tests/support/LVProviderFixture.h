@@ -33,6 +33,26 @@ static inline id<LVMailboxUid> LVUid(MailboxUid *mailbox)
 
 /* An empty store in a fresh folder; its accounts (none yet) become Mail's active ones. */
 MHMailStore *LVMakeStore(NSString *name);
+/* The plug-in loaded, its log cleared, and an empty POP account "Home" in a fresh store. */
+class LVHomeAccountTest : public testing::Test {
+protected:
+    MHMailStore *store = nil;
+    MailAccount *home = nil;
+
+    void SetUp() override
+    {
+        LVLoadPluginAndClearLog();
+        store = LVMakeStore(@"home");
+        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
+        ASSERT_TRUE(home != nil);
+    }
+
+    MailboxUid *mailbox(NSString *relativePath)
+    {
+        return [home createMailboxWithRelativePath:relativePath];
+    }
+};
+
 /* The records' display names, or Mail's names of their mailboxes, in list order. */
 NSArray *LVDisplayNames(NSArray *records);
 NSArray *LVMailboxNames(NSArray *records);
