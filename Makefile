@@ -2,10 +2,11 @@
 BUILD ?= build
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
+FUZZ_SECONDS ?= 300
 # cmake --build runs make again; its "Entering directory" lines are only noise here.
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all deps configure build check demo run bench clean
+.PHONY: all deps configure build check demo run bench fuzz check-asan memcheck clean
 
 all: build
 
@@ -33,6 +34,26 @@ run: build
 # Benchmarks of the plug-in inside the stand-in Mail.
 bench: build
 	@./tools/bench.sh $(BUILD)
+
+# The files Lorvane reads, fuzzed FUZZ_SECONDS per target; failing inputs go to fuzz/regressions.
+fuzz: build
+	@FUZZ_SECONDS=$(FUZZ_SECONDS) ./tools/fuzz.sh $(BUILD)
+
+# The tests again, built with AddressSanitizer and UndefinedBehaviorSanitizer in a folder of
+# their own; any sanitizer report fails the run.
+ASAN_BUILD ?= build-asan
+check-asan:
+	@LORVANE_EXTRA_PACKAGES=libclang-rt-dev $(MAKE) build BUILD=$(ASAN_BUILD) CMAKE_FLAGS=-DLORVANE_SANITIZE=ON
+	@./tools/check-asan.sh $(ASAN_BUILD)
+
+# The demo's day under valgrind's memcheck, from a debug build of its own. Valgrind 3.19
+# cannot read the DWARF 5 that clang 14 writes by default; libc6-dbg names the loader's frames.
+MEMCHECK_BUILD ?= build-memcheck
+memcheck:
+	@LORVANE_EXTRA_PACKAGES="valgrind libc6-dbg" $(MAKE) configure BUILD=$(MEMCHECK_BUILD) \
+		CMAKE_FLAGS="-DCMAKE_BUILD_TYPE=Debug -DCMAKE_OBJCXX_FLAGS=-gdwarf-4"
+	@cmake --build $(MEMCHECK_BUILD) -j $(JOBS) --target MailHost Lorvane
+	@./tools/memcheck.sh $(MEMCHECK_BUILD)
 
 clean:
 	rm -rf $(BUILD)

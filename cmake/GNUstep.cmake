@@ -29,7 +29,8 @@ set(GNUSTEP_LINK_FLAGS -L${_libgcc_dir} ${_gs_gui_libs})
 set(LORVANE_WARNINGS -Wall -Wextra)
 set(LORVANE_SANITIZER_FLAGS "")
 if(LORVANE_SANITIZE)
-    set(LORVANE_SANITIZER_FLAGS -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize=vptr)
+    # No recovery: a finding stops the process, so it fails the test that caused it.
+    set(LORVANE_SANITIZER_FLAGS -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
 endif()
 
 function(lorvane_objc_target target)

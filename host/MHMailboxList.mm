@@ -153,13 +153,16 @@ const int otherMailboxesRank = (int)std::size(specialOrder);
     return (NSInteger)[_rows count];
 }
 
-// Mailboxes are indented by depth under their account's name.
+// Mailboxes are indented by depth under their account's name. The depth is counted in
+// parents: a name is text, not path syntax, and may even be empty.
 - (NSString *)nameOfRowItem:(id)item
 {
     if (![item isKindOfClass:[MailboxUid class]])
         return [[item displayName] uppercaseString];
-    NSUInteger depth = [[[item accountRelativePath] pathComponents] count];
-    NSString *indent = [@"" stringByPaddingToLength:3 * (depth - 1) withString:@" " startingAtIndex:0];
+    NSUInteger depth = 0;
+    for (MailboxUid *above = [(MailboxUid *)item parent]; above != nil; above = [above parent])
+        depth++;
+    NSString *indent = [@"" stringByPaddingToLength:3 * depth withString:@" " startingAtIndex:0];
     return [indent stringByAppendingString:[item displayName]];
 }
 

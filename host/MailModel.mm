@@ -417,7 +417,10 @@ static NSString *MHHeaderValue(NSString *value)
 - (MailboxUid *)createMailboxWithRelativePath:(NSString *)relativePath
 {
     NSArray *names = [relativePath componentsSeparatedByString:@"/"];
-    if ([relativePath length] == 0 || [names containsObject:@""]) {
+    // An empty name cannot be a folder (".mbox" would be hidden from a rescan); an account in
+    // memory holds whatever names its server reports, the empty one included.
+    BOOL hasEmptyName = [relativePath length] == 0 || [names containsObject:@""];
+    if (relativePath == nil || (hasEmptyName && _path != nil)) {
         NSLog(@"MailHost: no mailbox can be made at \"%@\"", relativePath);
         return nil;
     }

@@ -1,8 +1,16 @@
 #import "LorvaneBundle_Provider.h"
 #import "LorvaneMailbox.h"
+#import "PropertyListReader.h"
 #import "Utilities.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -52,6 +60,365 @@ static NSComparisonResult compareForEviction(int sortType, LorvaneMailbox *recei
     return [receiver sortCompareDate:other];
 }
 
+#pragma mark - Notes beside the list
+
+// Mail reports every move and copy, so the transfer path must neither walk nor sort the
+// whole list. Beside the running provider's list sit two notes: which record holds each
+// listed mailbox, and how far the list already stands in the order that picks the record
+// to drop. Both are checked against the list before each use and made again when the
+// list changed without them, so they can only ever save work, never change an answer.
+
+namespace {
+
+enum class ListOrder {
+    Unknown,
+    ForEviction,              // sorted as the eviction comparator sorts it
+    ForEvictionExceptOne,     // the same but for the record at `outOfPlace`
+};
+
+struct ListNotes {
+    NSMutableArray *list = nil;       // the list described; not retained
+    NSUInteger count = 0;             // its length when the notes last followed it
+    // Each listed mailbox's record, retained while noted, so that a record dropped behind
+    // the notes' back is never a dangling pointer.
+    std::unordered_map<const void *, LorvaneMailbox *> recordOfMailbox;
+    // Mailboxes that several records hold (saved paths listed twice): found by the walk.
+    std::unordered_set<const void *> mailboxesListedTwice;
+    ListOrder order = ListOrder::Unknown;
+    bool orderByAccesses = false;
+    NSUInteger outOfPlace = 0;
+    unsigned long mutationsWhenOrdered = 0;
+    unsigned long keyChangesWhenOrdered = 0;
+};
+
+// Made once and kept, like the provider it serves: nothing must run at Mail's exit.
+ListNotes &listNotes()
+{
+    static ListNotes *notes = new ListNotes;
+    return *notes;
+}
+
+// The array's own count of changes, order included: what fast enumeration watches.
+bool readMutations(NSMutableArray *list, unsigned long *mutations)
+{
+    NSFastEnumerationState state = {};
+    id first[1];
+    [list countByEnumeratingWithState:&state objects:first count:1];
+    if (state.mutationsPtr == NULL)
+        return false;
+    *mutations = *state.mutationsPtr;
+    return true;
+}
+
+void forgetListNotes()
+{
+    ListNotes &notes = listNotes();
+    for (auto &entry : notes.recordOfMailbox)
+        [entry.second release];
+    notes.recordOfMailbox.clear();
+    notes.mailboxesListedTwice.clear();
+    notes.list = nil;
+    notes.count = 0;
+    notes.order = ListOrder::Unknown;
+}
+
+void noteListedRecord(LorvaneMailbox *record)
+{
+    ListNotes &notes = listNotes();
+    const void *mailbox = (const void *)[record uid];
+    if (notes.recordOfMailbox.count(mailbox) != 0) {
+        notes.mailboxesListedTwice.insert(mailbox);
+        return;
+    }
+    notes.recordOfMailbox[mailbox] = [record retain];
+}
+
+void forgetListedRecord(LorvaneMailbox *record)
+{
+    ListNotes &notes = listNotes();
+    auto found = notes.recordOfMailbox.find((const void *)[record uid]);
+    if (found == notes.recordOfMailbox.end() || found->second != record)
+        return;
+    notes.recordOfMailbox.erase(found);
+    [record release];
+}
+
+// Insertions and removals made through the notes keep them; any other change of length, or
+// another list, makes them again from the list (once, not per event).
+void followList(NSMutableArray *list)
+{
+    ListNotes &notes = listNotes();
+    if (notes.list == list && notes.count == [list count])
+        return;
+    forgetListNotes();
+    for (LorvaneMailbox *record in list)
+        noteListedRecord(record);
+    notes.list = list;
+    notes.count = [list count];
+}
+
+void noteListLength(NSMutableArray *list)
+{
+    listNotes().count = [list count];
+}
+
+#pragma mark The eviction order
+
+// Sort keys that order records exactly as the eviction comparators do: the newest date, or
+// the highest count, first. A record without a date ties with every other, which is no order
+// at all; such a list is left to the comparator itself.
+bool readEvictionKey(LorvaneMailbox *record, bool byAccesses, double *key)
+{
+    if (byAccesses) {
+        *key = [record accesses];
+        return true;
+    }
+    NSDate *date = [record date];
+    if (date == nil)
+        return false;
+    *key = [date timeIntervalSinceReferenceDate];
+    return !std::isnan(*key);
+}
+
+bool ranksBefore(double key, double other)
+{
+    return key > other;
+}
+
+void noteEvictionOrder(NSMutableArray *list, bool byAccesses, ListOrder order, NSUInteger outOfPlace)
+{
+    ListNotes &notes = listNotes();
+    notes.order = readMutations(list, &notes.mutationsWhenOrdered) ? order : ListOrder::Unknown;
+    notes.keyChangesWhenOrdered = LVRecordSortKeyChanges();
+    notes.orderByAccesses = byAccesses;
+    notes.outOfPlace = outOfPlace;
+}
+
+bool evictionOrderNoted(NSMutableArray *list, bool byAccesses)
+{
+    ListNotes &notes = listNotes();
+    unsigned long mutations = 0;
+    return notes.order != ListOrder::Unknown && notes.list == list && notes.orderByAccesses == byAccesses
+        && readMutations(list, &mutations) && mutations == notes.mutationsWhenOrdered
+        && notes.keyChangesWhenOrdered == LVRecordSortKeyChanges();
+}
+
+// The platform's sort is stable, so the order it gives is the keys' order with ties kept
+// in list order. Sorting keys and moving records is much cheaper than messaging the
+// comparator n log n times.
+bool sortByEvictionKeys(NSMutableArray *list, bool byAccesses)
+{
+    NSUInteger count = [list count];
+    std::vector<std::pair<double, NSUInteger>> keys(count);
+    for (NSUInteger index = 0; index < count; index++) {
+        if (!readEvictionKey([list objectAtIndex:index], byAccesses, &keys[index].first))
+            return false;
+        keys[index].second = index;
+    }
+    std::stable_sort(keys.begin(), keys.end(), [](const std::pair<double, NSUInteger> &a, const std::pair<double, NSUInteger> &b) {
+        return ranksBefore(a.first, b.first);
+    });
+    // Follows each cycle of the permutation with swaps, which move records without
+    // retaining or releasing them.
+    std::vector<NSUInteger> target(count);
+    for (NSUInteger position = 0; position < count; position++)
+        target[keys[position].second] = position;
+    for (NSUInteger index = 0; index < count; index++) {
+        while (target[index] != index) {
+            NSUInteger destination = target[index];
+            [list exchangeObjectAtIndex:index withObjectAtIndex:destination];
+            std::swap(target[index], target[destination]);
+        }
+    }
+    return true;
+}
+
+// The list is in eviction order but for one record: where a stable sort would put it is
+// after every record that ranks before it and, among its ties, where it stood.
+bool moveIntoEvictionPlace(NSMutableArray *list, NSUInteger outOfPlace, bool byAccesses)
+{
+    NSUInteger count = [list count];
+    LorvaneMailbox *record = [list objectAtIndex:outOfPlace];
+    double key = 0;
+    if (!readEvictionKey(record, byAccesses, &key))
+        return false;
+    // Binary searches over the others, in list order, by their position among the others.
+    auto keyOfOther = [&](NSUInteger position, double *other) {
+        return readEvictionKey([list objectAtIndex:position < outOfPlace ? position : position + 1], byAccesses, other);
+    };
+    // Most often it already stands where it belongs: nothing before it ranks after it and
+    // nothing after it ranks before it.
+    double previous = 0, next = 0;
+    bool afterPrevious = outOfPlace == 0 || (keyOfOther(outOfPlace - 1, &previous) && !ranksBefore(key, previous));
+    bool beforeNext = outOfPlace + 1 == count || (keyOfOther(outOfPlace, &next) && !ranksBefore(next, key));
+    if (afterPrevious && beforeNext)
+        return true;
+    NSUInteger firstNotBefore = 0, others = count - 1;
+    for (NSUInteger low = 0, high = others; low < high;) {
+        NSUInteger middle = low + (high - low) / 2;
+        double other = 0;
+        if (!keyOfOther(middle, &other))
+            return false;
+        if (ranksBefore(other, key))
+            low = middle + 1;
+        else
+            high = middle;
+        firstNotBefore = low;
+    }
+    NSUInteger firstAfter = firstNotBefore;
+    for (NSUInteger low = firstNotBefore, high = others; low < high;) {
+        NSUInteger middle = low + (high - low) / 2;
+        double other = 0;
+        if (!keyOfOther(middle, &other))
+            return false;
+        if (ranksBefore(key, other))
+            high = middle;
+        else
+            low = middle + 1;
+        firstAfter = low;
+    }
+    NSUInteger place = std::max(firstNotBefore, std::min(firstAfter, outOfPlace));
+    if (place == outOfPlace)
+        return true;
+    [record retain];
+    [list removeObjectAtIndex:outOfPlace];
+    [list insertObject:record atIndex:place];
+    [record release];
+    return true;
+}
+
+} // namespace
+
+// Leaves the list as -sortUsingSelector: with the eviction comparator would; true when it
+// could also note that order.
+static bool sortForEviction(NSMutableArray *list, int sortType)
+{
+    bool byAccesses = sortType == LVSortByAccesses;
+    ListNotes &notes = listNotes();
+    bool sorted = false;
+    if (evictionOrderNoted(list, byAccesses))
+        sorted = notes.order == ListOrder::ForEviction || moveIntoEvictionPlace(list, notes.outOfPlace, byAccesses);
+    if (!sorted)
+        sorted = sortByEvictionKeys(list, byAccesses);
+    if (!sorted) {
+        [list sortUsingSelector:evictionComparatorForSortType(sortType)];
+        notes.order = ListOrder::Unknown;
+        return false;
+    }
+    noteEvictionOrder(list, byAccesses, ListOrder::ForEviction, 0);
+    return notes.order == ListOrder::ForEviction;
+}
+
+// Where a listed record stands while the list is noted in eviction order, found by its
+// key; NSNotFound when the order is not known.
+static NSUInteger placeInEvictionOrder(NSMutableArray *list, LorvaneMailbox *record, int sortType)
+{
+    bool byAccesses = sortType == LVSortByAccesses;
+    ListNotes &notes = listNotes();
+    if (!evictionOrderNoted(list, byAccesses))
+        return NSNotFound;
+    if (notes.order == ListOrder::ForEvictionExceptOne)
+        return [list objectAtIndex:notes.outOfPlace] == record ? notes.outOfPlace : NSNotFound;
+    double key = 0;
+    if (!readEvictionKey(record, byAccesses, &key))
+        return NSNotFound;
+    NSUInteger count = [list count];
+    NSUInteger low = 0;
+    for (NSUInteger high = count; low < high;) {
+        NSUInteger middle = low + (high - low) / 2;
+        double other = 0;
+        if (!readEvictionKey([list objectAtIndex:middle], byAccesses, &other))
+            return NSNotFound;
+        if (ranksBefore(other, key))
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    // Among its ties the record is found by identity.
+    for (NSUInteger index = low; index < count; index++) {
+        if ([list objectAtIndex:index] == record)
+            return index;
+    }
+    return NSNotFound;
+}
+
+// After a record at `place` changed its date and count, or arrived there in a list that
+// was in eviction order: the list is now in that order but for it.
+static void noteEvictionOrderButFor(NSMutableArray *list, int sortType, NSUInteger place)
+{
+    if (place == NSNotFound) {
+        listNotes().order = ListOrder::Unknown;
+        return;
+    }
+    noteEvictionOrder(list, sortType == LVSortByAccesses, ListOrder::ForEvictionExceptOne, place);
+}
+
+// The record that holds the mailbox, found through the notes; the first in list order when
+// several do.
+static LorvaneMailbox *listedRecordWithUid(LorvaneBundle_Provider *provider, id<LVMailboxUid> uid)
+{
+    ListNotes &notes = listNotes();
+    if (notes.mailboxesListedTwice.count((const void *)uid) != 0) {
+        int index = [provider getRecentMailboxIndexWithUid:uid];
+        return index >= 0 ? [provider getRecentMailboxAtIndex:index] : nil;
+    }
+    auto found = notes.recordOfMailbox.find((const void *)uid);
+    return found != notes.recordOfMailbox.end() ? found->second : nil;
+}
+
+// A record is made before the list is searched, so that one that cannot be made leaves
+// the list as it was on a hit too. It is kept while the events are hits rather than made
+// and thrown away on each of them.
+static LorvaneMailbox *spare = nil;
+
+// This run-time looks a class up by its name at every message sent to it: the transfer
+// path looks up the two it uses once.
+static NSDate *now(void)
+{
+    static Class dateClass = [NSDate class];
+    return [dateClass date];
+}
+
+static LorvaneMailbox *newRecord(void)
+{
+    static Class recordClass = [LorvaneMailbox class];
+    return [[recordClass alloc] init];
+}
+
+static LorvaneMailbox *spareRecord(BOOL *madeNow)
+{
+    if (spare == nil) {
+        spare = newRecord();
+        *madeNow = YES;
+    }
+    return spare;
+}
+
+// The spare becomes this event's new record; the caller owns it.
+static LorvaneMailbox *takeSpareRecord(void)
+{
+    LorvaneMailbox *record = spare;
+    spare = nil;
+    return record;
+}
+
+// A dropped record that nothing but the list holds, nor its name, becomes the next spare:
+// emptied and counted once, it is what a new record would be, without making one.
+static void dropLastRecord(NSMutableArray *list)
+{
+    LorvaneMailbox *last = [[list lastObject] retain];
+    forgetListedRecord(last);
+    [list removeLastObject];
+    if (spare != nil || [last retainCount] != 1 || [[last displayName] retainCount] != 1) {
+        [last release];
+        return;
+    }
+    [last setUid:nil];
+    [[last displayName] setString:@""];
+    [last setAccesses:1];
+    spare = last;
+}
+
 static NSArray *activeAccounts(void)
 {
     return [(Class<LVMailAccount>)LVMailClass("MailAccount") activeAccounts];
@@ -71,19 +438,12 @@ static NSString *preferencesFilePath(void)
     return path;
 }
 
-// The file is edited by hand, so anything may be in it: unreadable bytes, a damaged binary
-// list (which the parser may raise on) and a root that is not a dictionary all count as no file.
+// Reads both files the plug-in takes from outside, its own preferences (edited by hand) and
+// the system's recent items: a file the reader refuses or cannot parse and a root that is
+// not a dictionary all count as no file.
 static NSDictionary *readPreferencesDictionary(NSString *path)
 {
-    NSData *data = path != nil ? [NSData dataWithContentsOfFile:path] : nil;
-    if ([data length] == 0)
-        return nil;
-    id plist = nil;
-    @try {
-        plist = [NSPropertyListSerialization propertyListWithData:data options:NSPropertyListImmutable format:NULL error:NULL];
-    } @catch (NSException *exception) {
-        return nil;
-    }
+    id plist = [LVPropertyListReader propertyListWithContentsOfFile:path];
     return [plist isKindOfClass:[NSDictionary class]] ? plist : nil;
 }
 
@@ -224,6 +584,23 @@ static const LVMenuFamily LVFamilyOrder[] = { LVMoveFamily, LVCopyFamily, LVMove
 static const LVMenuFamily LVFamilyFillingOrder[] = { LVMoveFamily, LVCopyFamily, LVGoToFamily, LVMoveContextualFamily, LVCopyContextualFamily };
 static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveContextualFamily, LVCopyFamily, LVCopyContextualFamily, LVGoToFamily };
 
+// Names that the name order takes as equal ("work" and "Work", or an "é" written as one
+// character or as two) are kept in a fixed order by their exact spelling. Exactly equal names
+// then always sit together, and the menus keep their order when a restart reverses the list.
+@interface LorvaneMailbox (LVSpellingOrder)
+- (NSComparisonResult)sortCompareDisplayNameThenSpelling:(LorvaneMailbox *)other;
+@end
+
+@implementation LorvaneMailbox (LVSpellingOrder)
+
+- (NSComparisonResult)sortCompareDisplayNameThenSpelling:(LorvaneMailbox *)other
+{
+    NSComparisonResult order = [self sortCompareDisplayName:other];
+    return order != NSOrderedSame ? order : [[self displayName] compare:[other displayName] options:NSLiteralSearch];
+}
+
+@end
+
 #pragma mark -
 
 // On a Mac every NSMenuDelegate method is optional; GNUstep declares them all required,
@@ -293,31 +670,48 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 
 - (void)addOrTouchRecentMailboxFromUid:(id<LVMailboxUid>)uid
 {
+    static Class mailboxUidClass = Nil;
     if (_maxMailboxes == 0)
         return;
-    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVMailClass("MailboxUid") typeIsGeneric:[uid type]])
+    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVKeptMailClass(&mailboxUidClass, "MailboxUid") typeIsGeneric:[uid type]])
         return;
-    LorvaneMailbox *record = [[LorvaneMailbox alloc] init];
+    BOOL madeNow = NO;
+    LorvaneMailbox *record = spareRecord(&madeNow);
     if (record == nil) {
         NSLog(@"[Lorvane:addOrTouchRecentMailboxFromUid] failed to allocate LorvaneMailbox object.");
         return;
     }
 
-    int index = [self getRecentMailboxIndexWithUid:uid];
-    if (index >= 0) {
-        [self incrementAccessesForItemAtIndex:index];
-        [[self getRecentMailboxAtIndex:index] setDate:[NSDate date]];
+    followList(_recentMailboxes);
+    LorvaneMailbox *listed = listedRecordWithUid(self, uid);
+    if (listed != nil) {
+        NSUInteger place = placeInEvictionOrder(_recentMailboxes, listed, _sortType);
+        [listed incrementAccesses];
+        [listed setDate:now()];
+        noteEvictionOrderButFor(_recentMailboxes, _sortType, place);
     } else {
         // Only a list that is exactly full makes room: one that outgrew a lowered limit
         // keeps its records rather than losing several at once.
+        bool inEvictionOrder = false;
+        takeSpareRecord();
         if ([_recentMailboxes count] == (NSUInteger)_maxMailboxes) {
-            [_recentMailboxes sortUsingSelector:evictionComparatorForSortType(_sortType)];
-            [_recentMailboxes removeLastObject];
+            inEvictionOrder = sortForEviction(_recentMailboxes, _sortType);
+            dropLastRecord(_recentMailboxes);
+        } else {
+            inEvictionOrder = evictionOrderNoted(_recentMailboxes, _sortType == LVSortByAccesses)
+                && listNotes().order == ListOrder::ForEviction;
         }
+        // A spare kept from an earlier event is dated now, as if made for this one.
+        if (!madeNow)
+            [record setDate:now()];
         [record setUid:uid];
         [_recentMailboxes insertObject:record atIndex:0];
+        [record release];
+        if (_recentMailboxes != nil)
+            noteListedRecord(record);
+        noteEvictionOrderButFor(_recentMailboxes, _sortType, inEvictionOrder ? 0 : NSNotFound);
     }
-    [record release];
+    noteListLength(_recentMailboxes);
     [self signalUpdateMenu];
 }
 
@@ -452,6 +846,16 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     return NO;
 }
 
+// Everything before the last "/" of a mailbox's path. Mail's names are text, not path syntax:
+// an empty name, or one holding a "\", would lose its folder to the platform's path methods
+// (they trim a trailing "/", and GNUstep also reads "\" as a separator). The search is literal
+// so that a name beginning with a combining mark still ends its folder at the "/".
+static NSString *folderOfMailboxPath(NSString *relativePath)
+{
+    NSRange separator = [relativePath rangeOfString:@"/" options:NSBackwardsSearch | NSLiteralSearch];
+    return separator.location != NSNotFound ? [relativePath substringToIndex:separator.location] : @"";
+}
+
 - (void)extendNamesForDuplicateMailboxes:(NSArray *)group includesMultipleAccounts:(BOOL)multipleAccounts
 {
     for (LorvaneMailbox *record in group) {
@@ -463,7 +867,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
         // A mailbox at the top of its account has its bare name as its path: no parent.
         NSString *parent = @"";
         if (![relativePath isEqualToString:name])
-            parent = [relativePath stringByDeletingLastPathComponent];
+            parent = folderOfMailboxPath(relativePath);
 
         if (!multipleAccounts && [parent length] == 0) {
             [record setDisplayName:name];
@@ -510,9 +914,167 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 
 #pragma mark The preferences file
 
+// A file that was there at start-up but did not read, as its bytes; nil when it read, was
+// missing or was empty. Mail makes one provider, which reads once and writes at quitting.
+static NSData *unreadPreferencesBytes = nil;
+
+// An empty file holds nothing worth keeping, and keeping it would push out an older copy that does.
+static void rememberUnreadPreferences(NSString *path, NSDictionary *preferences)
+{
+    NSData *bytes = preferences == nil && path != nil ? [NSData dataWithContentsOfFile:path] : nil;
+    [unreadPreferencesBytes release];
+    unreadPreferencesBytes = [bytes length] > 0 ? [bytes retain] : nil;
+}
+
+static BOOL writeEveryByte(int file, NSData *data)
+{
+    const char *bytes = (const char *)[data bytes];
+    size_t left = [data length];
+    while (left > 0) {
+        ssize_t written = write(file, bytes, left);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return NO;
+        bytes += written;
+        left -= (size_t)written;
+    }
+    return YES;
+}
+
+// GNUstep's atomic write renames before its bytes are on the disk, so a machine that stops
+// just after Mail quits can come back to an empty file. Here the bytes are synced under a
+// temporary name in the same folder first and only then take the path's name: whatever
+// fails, the path names its old file or the whole new one, and no temporary file is left.
+static BOOL writeAtomically(NSData *data, NSString *path)
+{
+    std::string temporary = std::string([path fileSystemRepresentation]) + ".XXXXXX";
+    int file = mkstemp(&temporary[0]);
+    if (file < 0)
+        return NO;
+    BOOL written = writeEveryByte(file, data) && fsync(file) == 0;
+    written = close(file) == 0 && written;
+    if (written && rename(temporary.c_str(), [path fileSystemRepresentation]) == 0)
+        return YES;
+    unlink(temporary.c_str());
+    return NO;
+}
+
+// A missing folder is made private to the user, as a Mac makes its Preferences folder.
+static BOOL makeFolderOfFile(NSString *path)
+{
+    NSString *folder = [path stringByDeletingLastPathComponent];
+    NSFileManager *fileManager = [NSFileManager defaultManager];
+    if ([fileManager fileExistsAtPath:folder])
+        return YES;
+    NSDictionary *privateToUser = [NSDictionary dictionaryWithObject:[NSNumber numberWithUnsignedLong:0700] forKey:NSFilePosixPermissions];
+    return [fileManager createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:privateToUser error:NULL];
+}
+
+// What the user had when Mail started goes beside the file before anything replaces it, so a
+// hand-edited file with one typo can be mended rather than typed again. It replaces an older
+// copy: that one was followed by a file the plug-in wrote, so the newest holds the latest edits.
+// Until the copy is safe, the file itself is not replaced.
+static BOOL keepUnreadPreferences(NSString *path)
+{
+    if (unreadPreferencesBytes == nil)
+        return YES;
+    if (!writeAtomically(unreadPreferencesBytes, [path stringByAppendingString:@".bak"]))
+        return NO;
+    [unreadPreferencesBytes release];
+    unreadPreferencesBytes = nil;
+    return YES;
+}
+
+// The text of an element. Markup characters go as character references, and so do control
+// characters, which a reader would otherwise drop or fold (a carriage return reads as a line feed).
+static NSString *xmlText(NSString *text)
+{
+    NSUInteger length = [text length];
+    std::vector<unichar> characters(length);
+    [text getCharacters:characters.data() range:NSMakeRange(0, length)];
+    NSMutableString *xml = [NSMutableString stringWithCapacity:length];
+    NSUInteger plainFrom = 0;
+    for (NSUInteger i = 0; i < length; i++) {
+        unichar c = characters[i];
+        if (c != '&' && c != '<' && c != '>' && (c >= 0x20 || c == '\t' || c == '\n'))
+            continue;
+        [xml appendString:[text substringWithRange:NSMakeRange(plainFrom, i - plainFrom)]];
+        [xml appendFormat:@"&#%u;", (unsigned)c];
+        plainFrom = i + 1;
+    }
+    [xml appendString:[text substringFromIndex:plainFrom]];
+    return xml;
+}
+
+static BOOL isBooleanNumber(id value)
+{
+    return value == [NSNumber numberWithBool:YES] || value == [NSNumber numberWithBool:NO];
+}
+
+// The file holds only dictionaries, arrays, texts, integers and booleans.
+static void appendPlistXML(NSMutableString *xml, id value, NSString *indent)
+{
+    NSString *inner = [indent stringByAppendingString:@"\t"];
+    if ([value isKindOfClass:[NSDictionary class]]) {
+        [xml appendFormat:@"%@<dict>\n", indent];
+        for (NSString *key in [[value allKeys] sortedArrayUsingSelector:@selector(compare:)]) {
+            [xml appendFormat:@"%@<key>%@</key>\n", inner, xmlText(key)];
+            appendPlistXML(xml, [value objectForKey:key], inner);
+        }
+        [xml appendFormat:@"%@</dict>\n", indent];
+    } else if ([value isKindOfClass:[NSArray class]]) {
+        [xml appendFormat:@"%@<array>\n", indent];
+        for (id element in value)
+            appendPlistXML(xml, element, inner);
+        [xml appendFormat:@"%@</array>\n", indent];
+    } else if ([value isKindOfClass:[NSString class]]) {
+        [xml appendFormat:@"%@<string>%@</string>\n", indent, xmlText(value)];
+    } else if (isBooleanNumber(value)) {
+        [xml appendFormat:@"%@<%@/>\n", indent, [value boolValue] ? @"true" : @"false"];
+    } else {
+        [xml appendFormat:@"%@<integer>%lld</integer>\n", indent, [value longLongValue]];
+    }
+}
+
+// Written here rather than by GNUstep's serialiser, which spells characters beyond the Basic
+// Multilingual Plane (emoji) as "\U" escapes of its own: other readers keep them as text and
+// GNUstep itself reads them back wrong, so a mailbox named with an emoji would be gone at the
+// next start. Plain UTF-8 XML reads back the same everywhere.
+static NSData *xmlPropertyListData(NSDictionary *plist)
+{
+    NSMutableString *xml = [NSMutableString stringWithString:@"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                                             "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                                                             "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                                                             "<plist version=\"1.0\">\n"];
+    appendPlistXML(xml, plist, @"");
+    [xml appendString:@"</plist>\n"];
+    // A text Mail could hold but UTF-8 cannot (half a surrogate pair) loses that character,
+    // not the whole file.
+    return [xml dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+}
+
+static NSData *serializedPreferences(int sortType, BOOL excludeSpecialMailboxes, NSArray *list)
+{
+    NSMutableDictionary *preferences = [NSMutableDictionary dictionaryWithCapacity:0];
+    [preferences setObject:[NSNumber numberWithInt:sortType] forKey:LVSortTypeKey];
+    [preferences setObject:[NSNumber numberWithBool:excludeSpecialMailboxes] forKey:LVExcludeSpecialMailboxesKey];
+    NSMutableArray *saved = [NSMutableArray arrayWithCapacity:[list count]];
+    for (LorvaneMailbox *record in list) {
+        NSDictionary *entry = savedRecord(record);
+        if (entry != nil)
+            [saved addObject:entry];
+    }
+    [preferences setObject:saved forKey:LVRecentMailboxesKey];
+    // XML, as on a Mac: the platform's own text format is not what other tools read.
+    return xmlPropertyListData(preferences);
+}
+
 - (void)readPreferences
 {
-    NSDictionary *preferences = readPreferencesDictionary(preferencesFilePath());
+    NSString *path = preferencesFilePath();
+    NSDictionary *preferences = readPreferencesDictionary(path);
+    rememberUnreadPreferences(path, preferences);
 
     // Normalised to YES or NO so that a stored 2 cannot pass for a third state.
     id exclude = valueAnswering(preferences, LVExcludeSpecialMailboxesKey, @selector(boolValue));
@@ -522,6 +1084,8 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     if ((unsigned int)_sortType > 2)
         _sortType = 0;
 
+    // A new list may take the old one's address: what was noted of that one must go.
+    forgetListNotes();
     [_recentMailboxes release];
     _recentMailboxes = [[NSMutableArray alloc] init];
     loadSavedRecords(valueOfClass(preferences, LVRecentMailboxesKey, [NSArray class]), _recentMailboxes, _maxMailboxes, _sortType);
@@ -533,24 +1097,9 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     // A plug-in that did not start has only defaults: the user's file is left as it is.
     if (!initOK)
         return;
-    NSMutableDictionary *preferences = [NSMutableDictionary dictionaryWithCapacity:0];
-    [preferences setObject:[NSNumber numberWithInt:_sortType] forKey:LVSortTypeKey];
-    [preferences setObject:[NSNumber numberWithBool:_excludeSpecialMailboxes] forKey:LVExcludeSpecialMailboxesKey];
-    NSMutableArray *saved = [NSMutableArray arrayWithCapacity:[_recentMailboxes count]];
-    for (LorvaneMailbox *record in _recentMailboxes) {
-        NSDictionary *entry = savedRecord(record);
-        if (entry != nil)
-            [saved addObject:entry];
-    }
-    [preferences setObject:saved forKey:LVRecentMailboxesKey];
-
-    // XML, as on a Mac: the platform's own text format is not what other tools read.
-    NSData *data = [NSPropertyListSerialization dataWithPropertyList:preferences
-                                                              format:NSPropertyListXMLFormat_v1_0
-                                                             options:0
-                                                               error:NULL];
+    NSData *data = serializedPreferences(_sortType, _excludeSpecialMailboxes, _recentMailboxes);
     NSString *path = preferencesFilePath();
-    if (data == nil || path == nil || ![data writeToFile:path atomically:YES])
+    if (data == nil || path == nil || !makeFolderOfFile(path) || !keepUnreadPreferences(path) || !writeAtomically(data, path))
         NSLog(@"[Lorvane] error writing to preferences file.");
 }
 
@@ -607,17 +1156,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 - (NSDictionary *)recentItemsPreferences
 {
     NSString *library = [NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES) firstObject];
-    NSString *path = [library stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"];
-    NSData *data = [NSData dataWithContentsOfFile:path];
-    if (data == nil)
-        return nil;
-    id plist = nil;
-    @try {
-        plist = [NSPropertyListSerialization propertyListWithData:data options:NSPropertyListImmutable format:NULL error:NULL];
-    } @catch (NSException *exception) {
-        return nil;     // GNUstep raises on some malformed binary lists: as unreadable as a missing file
-    }
-    return [plist isKindOfClass:[NSDictionary class]] ? plist : nil;
+    return readPreferencesDictionary([library stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"]);
 }
 
 - (NSDictionary *)dictionaryIn:(NSDictionary *)dictionary forKey:(NSString *)key
@@ -906,14 +1445,17 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 }
 
 // Records that share Mail's name for their mailbox sit next to each other once sorted
-// by name; each such run is told apart by account and folder.
+// by name; each such run is told apart by account and folder. The sort starts from Mail's
+// names, not the last rebuild's: "" and " (Folder)" need not sort side by side.
 - (void)nameDuplicateMailboxes
 {
-    [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayName:)];
+    for (LorvaneMailbox *record in _recentMailboxes)
+        [record setDisplayName:[[record uid] displayName]];
+    [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayNameThenSpelling:)];
     NSUInteger count = [_recentMailboxes count];
-    // Sorted a second time, as it always has been; equal names may trade places, which
-    // the grouping below does not mind.
-    [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayName:)];
+    // Sorted a second time, as it always has been; with the spelling deciding ties it
+    // changes nothing.
+    [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayNameThenSpelling:)];
     NSUInteger i = 0;
     while (i < count) {
         LorvaneMailbox *first = [_recentMailboxes objectAtIndex:i];
@@ -963,7 +1505,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
         [_recentMailboxes sortUsingSelector:@selector(sortCompareAccesses:)];
         break;
     default:
-        [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayName:)];
+        [_recentMailboxes sortUsingSelector:@selector(sortCompareDisplayNameThenSpelling:)];
         break;
     }
 }

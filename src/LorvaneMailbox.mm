@@ -3,6 +3,27 @@
 #include <cmath>
 #include <cstdio>
 
+static unsigned long sortKeyChanges = 0;
+
+// This run-time looks a class up by its name at every message sent to it; records are made
+// on Mail's transfer path, so the classes they use are looked up once.
+static Class dateClass(void)
+{
+    static Class kept = [NSDate class];
+    return kept;
+}
+
+static Class mutableStringClass(void)
+{
+    static Class kept = [NSMutableString class];
+    return kept;
+}
+
+unsigned long LVRecordSortKeyChanges(void)
+{
+    return sortKeyChanges;
+}
+
 @implementation LorvaneMailbox
 
 // The record is plain data: NSObject's initialiser has nothing to add, so it is not called.
@@ -10,8 +31,10 @@
 {
     _uid = nil;
     _accesses = 1;
-    _date = [[NSDate date] retain];
-    _displayName = [[NSMutableString stringWithCapacity:255] retain];
+    _date = [[dateClass() date] retain];
+    // Made owned rather than autoreleased and retained: the same empty buffer, and a record
+    // dropped from a full list can be used again before the pool drains.
+    _displayName = [[mutableStringClass() alloc] initWithCapacity:255];
     return self;
 }
 
@@ -34,6 +57,7 @@
 - (void)setAccesses:(int)accesses
 {
     _accesses = accesses;
+    sortKeyChanges++;
 }
 
 - (void)setDate:(NSDate *)date
@@ -41,6 +65,7 @@
     NSDate *old = _date;
     _date = [date copy];
     [old release];
+    sortKeyChanges++;
 }
 
 - (void)setDisplayName:(NSString *)displayName
@@ -73,6 +98,7 @@
 {
     // Wraps like 32-bit signed arithmetic on the platform; unsigned avoids undefined behaviour.
     _accesses = (int)((unsigned int)_accesses + 1u);
+    sortKeyChanges++;
 }
 
 - (NSComparisonResult)sortCompareDate:(LorvaneMailbox *)other

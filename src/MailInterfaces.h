@@ -59,3 +59,12 @@ static inline Class LVMailClass(const char *name)
 {
     return NSClassFromString([NSString stringWithFormat:@"%s", name]);
 }
+
+/* The same answer for a path Mail takes on every event: a class, once registered, stays,
+   so one found is kept; one not found is looked for again next time. */
+static inline Class LVKeptMailClass(Class *kept, const char *name)
+{
+    if (*kept == Nil)
+        *kept = LVMailClass(name);
+    return *kept;
+}

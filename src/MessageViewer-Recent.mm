@@ -8,11 +8,15 @@ static IMP _old_mailboxWasRenamed_IMP = NULL;
 static IMP _old_windowDidBecomeMain_IMP = NULL;
 
 // An item's title starts with the name its mailbox had when the submenus were last
-// rebuilt; names made unique for duplicates only add to the end.
+// rebuilt; names made unique for duplicates only add to the end. Every title starts with
+// an empty name, which the platform's prefix test denies. Names are compared literally, as
+// the rebuild groups them, so "é" and "e" with a combining accent stay two names.
 static BOOL titleStillNamesMailbox(NSString *title, id<LVMailboxUid> uid)
 {
     NSString *mailboxName = [uid displayName];
-    return mailboxName != nil && [title hasPrefix:mailboxName];
+    if (mailboxName == nil)
+        return NO;
+    return [mailboxName length] == 0 || [title rangeOfString:mailboxName options:NSAnchoredSearch | NSLiteralSearch].location == 0;
 }
 
 // Tells the user, then the log, that an item no longer matched the list, so nothing moved.

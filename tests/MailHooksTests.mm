@@ -42,6 +42,48 @@
 }
 @end
 
+// Transfers whose operations key-value coding finds elsewhere than in Mail's own field: an
+// accessor of that name, a class of its own answer, a class that keeps its fields private.
+static NSArray *decoyOperations;
+
+@interface LVTestAccessorTransfer : MessageTransfer
+@end
+@implementation LVTestAccessorTransfer
+- (NSArray *)_operations
+{
+    return decoyOperations;
+}
+@end
+
+@interface LVTestAnsweringTransfer : MessageTransfer
+@end
+@implementation LVTestAnsweringTransfer
+- (id)valueForKey:(NSString *)key
+{
+    return [key isEqualToString:@"_operations"] ? decoyOperations : [super valueForKey:key];
+}
+@end
+
+@interface LVTestPrivateTransfer : MessageTransfer
+@end
+@implementation LVTestPrivateTransfer
++ (BOOL)accessInstanceVariablesDirectly
+{
+    return NO;
+}
+@end
+
+// Laid out as Mail's transfer, but without the operations field: given the patched method,
+// it shows what the hook does where the field is missing.
+@interface LVTestFieldlessTransfer : NSObject
+{
+    NSArray *_messages;
+    id _delegate;
+}
+@end
+@implementation LVTestFieldlessTransfer
+@end
+
 /* ---- What the plug-in asks of its provider, and what Mail looked like at that moment ---- */
 
 static NSMutableArray *providerCalls;      // selector names, in call order
@@ -422,4 +464,50 @@ TEST(MailHooksWithoutProvider, EveryPatchedMethodStillDoesWhatMailDoes)
     EXPECT_TRUE([[mail valueForKey:@"_terminationAnnounced"] boolValue]);
     EXPECT_FALSE(fileExists(LVPreferencesPath()));
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"SWIZZLE Error - "));
+}
+
+TEST_F(MailHooks, TransferReadsItsOperationsWhereKeyValueCodingWould)
+{
+    MessageViewer *viewer = [mail openMessageViewer];
+    NSArray *paths = @[ [[LVSampleMailbox(@"Home/Inbox") messagePaths] firstObject] ];
+    MailboxUid *receipts = LVSampleMailbox(@"Home/Receipts"), *archive = LVSampleMailbox(@"Home/Archive");
+    decoyOperations = [[[[MessageTransfer alloc] initWithMessagesAtPaths:paths destinationMailbox:archive deleteOriginals:NO] autorelease] operations];
+    class_addMethod([LVTestFieldlessTransfer class], @selector(setDelegate:), class_getMethodImplementation([MessageTransfer class], @selector(setDelegate:)), "v@:@");
+
+    // Each transfer is made for Receipts; nil stands for key-value coding raising.
+    struct Row {
+        Class transferClass;
+        MailboxUid *listed;
+    } const rows[] = {
+        { [MessageTransfer class], receipts },
+        { [LVTestAccessorTransfer class], archive },
+        { [LVTestAnsweringTransfer class], archive },
+        { [LVTestPrivateTransfer class], nil },
+        { [LVTestFieldlessTransfer class], nil },
+    };
+    for (const Row &row : rows) {
+        const char *name = class_getName(row.transferClass);
+        [provider clearRecentMailboxes];
+        id transfer = [row.transferClass alloc];
+        transfer = [row.transferClass isSubclassOfClass:[MessageTransfer class]]
+            ? [transfer initWithMessagesAtPaths:paths destinationMailbox:receipts deleteOriginals:NO] : [transfer init];
+        [transfer autorelease];
+        id answer = nil;
+        @try {
+            answer = [[[transfer valueForKey:@"_operations"] lastObject] destinationMailboxUid];
+        } @catch (NSException *exception) {
+            answer = nil;
+        }
+        EXPECT_EQ(row.listed, answer) << name;
+
+        BOOL raised = NO;
+        @try {
+            [transfer setDelegate:viewer];
+        } @catch (NSException *exception) {
+            raised = YES;
+        }
+        EXPECT_EQ(row.listed == nil, raised) << name;
+        EXPECT_EQ(row.listed == receipts ? 0 : -1, [provider getRecentMailboxIndexWithUid:(id<LVMailboxUid>)receipts]) << name;
+        EXPECT_EQ(row.listed == archive ? 0 : -1, [provider getRecentMailboxIndexWithUid:(id<LVMailboxUid>)archive]) << name;
+    }
 }

@@ -1,5 +1,6 @@
 #import "LVMenuFixture.h"
 #import "MailboxesController.h"
+#import "LorvaneMailbox.h"
 
 namespace {
 
@@ -26,11 +27,17 @@ protected:
         return [account createMailboxWithRelativePath:relativePath];
     }
 
+    // Each use a second after the one before: uses made in a row can fall within one tick
+    // of the clock, and equal dates would leave the order by date to the name order.
     void use(MailboxUid *mailbox, int times = 1)
     {
-        for (int i = 0; i < times; i++)
+        for (int i = 0; i < times; i++) {
             [provider addOrTouchRecentMailboxFromUid:(id<LVMailboxUid>)mailbox];
+            int index = [provider getRecentMailboxIndexWithUid:(id<LVMailboxUid>)mailbox];
+            [[provider getRecentMailboxAtIndex:index] setDate:[NSDate dateWithTimeIntervalSinceReferenceDate:++uses]];
+        }
     }
+    double uses = 0;
 
     void setSortType(int sortType)
     {

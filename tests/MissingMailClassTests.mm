@@ -7,6 +7,7 @@
  * and which answers Nil for the hidden name.
  */
 #import "LVMailFixture.h"
+#import "MessageTransfer.h"
 
 #include <dlfcn.h>
 
@@ -72,3 +73,22 @@ INSTANTIATE_TEST_SUITE_P(MailWithout, MissingMailClass, testing::ValuesIn(kMissi
                          [](const testing::TestParamInfo<MissingClass> &info) { return std::string(info.param.name); });
 
 } // namespace
+
+// Classes the transfer path uses are looked for at each transfer until Mail has them.
+TEST(MailWithoutAtFirst, ClassMissingAtATransferIsLookedForAgainAtTheNext)
+{
+    LorvaneBundle_Provider *plugin = LVStartMailWithSampleStore();
+    ASSERT_TRUE(plugin != nil);
+    MessageViewer *viewer = [(MailApp *)NSApp openMessageViewer];
+    NSArray *paths = @[ [[LVSampleMailbox(@"Home/Inbox") messagePaths] firstObject] ];
+    id<LVMailboxUid> archive = (id<LVMailboxUid>)LVSampleMailbox(@"Home/Archive");
+    // Each class is missing at the first transfer that needs it, then Mail has it.
+    for (const char *missing : { "MessageViewer", "MailboxUid", (const char *)nullptr }) {
+        hiddenClassName = missing;
+        MessageTransfer *transfer = [[MessageTransfer alloc] initWithMessagesAtPaths:paths destinationMailbox:(MailboxUid *)archive deleteOriginals:NO];
+        [transfer setDelegate:viewer];
+        [transfer release];
+        EXPECT_EQ(missing != nullptr ? -1 : 0, [plugin getRecentMailboxIndexWithUid:archive]) << (missing != nullptr ? missing : "none") << " missing";
+    }
+    hiddenClassName = nullptr;
+}

@@ -4,7 +4,9 @@
  * hostile files that must never stop Mail.
  */
 #import "LVProviderFixture.h"
+#import "PropertyListReader.h"
 
+#include <string>
 #include <vector>
 
 namespace {
@@ -370,4 +372,140 @@ TEST_F(PreferencesFile, AFailedWriteIsLoggedOnceAndKeepsTheList)
     EXPECT_EQ(1u, LVLogCountWithPrefix(@"[Lorvane"));
     EXPECT_EQ(1u, [LVRecentList(provider) count]);
     [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+}
+
+namespace {
+
+NSData *xmlData(id plist)
+{
+    return [NSPropertyListSerialization dataWithPropertyList:plist format:NSPropertyListXMLFormat_v1_0 options:0 error:NULL];
+}
+
+NSData *binaryData(id plist)
+{
+    return [NSPropertyListSerialization dataWithPropertyList:plist format:NSPropertyListBinaryFormat_v1_0 options:0 error:NULL];
+}
+
+NSData *bytes(const std::string &text)
+{
+    return [NSData dataWithBytes:text.data() length:text.size()];
+}
+
+// Arrays inside arrays, `depth` levels counting the outermost.
+id nested(int depth)
+{
+    id plist = @[];
+    for (int level = 1; level < depth; level++)
+        plist = @[ plist ];
+    return plist;
+}
+
+// An array of `count` distinct numbers.
+NSArray *numbers(int count)
+{
+    NSMutableArray *array = [NSMutableArray array];
+    for (int i = 0; i < count; i++)
+        [array addObject:@(1000 + i)];
+    return array;
+}
+
+// A binary list of these objects, the first one the root, with one-byte offsets and
+// references: how a small file may share one object among many places.
+NSData *binaryList(const std::vector<std::string> &objects)
+{
+    std::string list = "bplist00";
+    std::string offsets;
+    for (const std::string &object : objects) {
+        offsets.push_back((char)list.size());
+        list += object;
+    }
+    size_t tableStart = list.size();
+    list += offsets;
+    list += std::string(6, '\0') + '\x01' + '\x01';
+    for (uint64_t field : { (uint64_t)objects.size(), (uint64_t)0, (uint64_t)tableStart }) {
+        for (int shift = 56; shift >= 0; shift -= 8)
+            list.push_back((char)(field >> shift));
+    }
+    return bytes(list);
+}
+
+// `levels` arrays, each holding the next one four times; the last holds a number.
+NSData *sharedArrays(int levels)
+{
+    std::vector<std::string> objects;
+    for (int level = 0; level < levels; level++)
+        objects.push_back(std::string("\xA4") + std::string(4, (char)(level + 1)));
+    objects.push_back("\x10\x01");
+    return binaryList(objects);
+}
+
+// An XML list holding one string, padded to exactly `length` bytes.
+NSData *xmlOfLength(NSUInteger length)
+{
+    NSUInteger frame = [xmlData(@"x") length] - 1;
+    return xmlData([@"" stringByPaddingToLength:length - frame withString:@"x" startingAtIndex:0]);
+}
+
+} // namespace
+
+// Only the two forms a Mac writes, within the size and shape of a real file, reach the
+// platform's parser: each limit is shown from both sides.
+TEST(PropertyListReader, AdmitsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
+{
+    Class reader = LVPluginClass("LVPropertyListReader");
+    ASSERT_TRUE(reader != Nil);
+    NSDictionary *settings = @{ @"SortType" : @2, @"RecentMailboxes" : @[ @{ @"FullPath" : @"Home/Work" } ] };
+    NSUInteger limit = [reader maximumLength];
+    struct Row {
+        const char *what;
+        NSData *data;
+        BOOL admitted;
+    } rows[] = {
+        { "XML as written", xmlData(settings), YES },
+        { "binary as written", binaryData(settings), YES },
+        { "OpenStep text", [[settings description] dataUsingEncoding:NSUTF8StringEncoding], NO },
+        { "the platform's serialised form", bytes(std::string("\x00\x05\x00\x00", 4)), NO },
+        { "XML after a blank line", bytes("\n" + std::string((const char *)[xmlData(settings) bytes], [xmlData(settings) length])), NO },
+        { "nothing", [NSData data], NO },
+        { "XML of the longest length", xmlOfLength(limit), YES },
+        { "XML one byte longer", xmlOfLength(limit + 1), NO },
+        { "XML 32 levels deep", xmlData(nested(32)), YES },
+        { "XML 33 levels deep", xmlData(nested(33)), NO },
+        { "binary 32 levels deep", binaryData(nested(32)), YES },
+        { "binary 33 levels deep", binaryData(nested(33)), NO },
+        { "XML of 10000 objects", xmlData(numbers(9999)), YES },
+        { "XML of 10001 objects", xmlData(numbers(10000)), NO },
+        { "binary of 10000 objects", binaryData(numbers(9999)), YES },
+        { "binary of 10001 objects", binaryData(numbers(10000)), NO },
+        { "binary unfolding into 5461 objects", sharedArrays(6), YES },
+        { "binary unfolding into 21845 objects", sharedArrays(7), NO },
+        { "binary array holding itself", binaryList({ "\xA1\x00" }), NO },
+        { "binary ASCII string", binaryList({ "\x53" "abc" }), YES },
+        { "binary ASCII string with a Latin-1 byte", binaryList({ "\x53" "ab\xE9" }), NO },
+        { "XML ending in an open tag", bytes("<?xml version=\"1.0\"?><plist><dict/></plist><"), NO },
+        { "XML with an open comment", bytes("<?xml version=\"1.0\"?><plist><dict/><!-- </plist>"), NO },
+        { "XML with an attribute's quote left open", bytes("<?xml version=\"1.0\"?><plist version=\"1.0><dict/></plist>"), NO },
+        { "XML in UTF-8", bytes("<?xml version=\"1.0\"?><plist><string>caf\xC3\xA9</string></plist>"), YES },
+        { "XML with a control character", bytes(std::string("<?xml version=\"1.0\"?><plist version=\"") + '\0' + "\"><dict/></plist>"), NO },
+        { "XML in Latin-1", bytes("<?xml version=\"1.0\"?><plist><string>caf\xE9</string></plist>"), NO },
+    };
+    for (const Row &row : rows) {
+        ASSERT_TRUE(row.data != nil) << row.what;
+        EXPECT_EQ(row.admitted, [reader admitsData:row.data]) << row.what;
+    }
+}
+
+// The same rules hold for files: one longer than the limit is not even read whole.
+TEST_F(PreferencesFile, AFileTheReaderRefusesGivesTheDefaultsWithoutAMessage)
+{
+    NSDictionary *valid = withRecords(@[ saved(path(@"Work"), 3, dateText(-10)) ]);
+    NSMutableData *padded = [NSMutableData dataWithData:xmlData(valid)];
+    [padded appendData:[NSMutableData dataWithLength:[LVPluginClass("LVPropertyListReader") maximumLength]]];
+    for (NSData *contents : { [[valid description] dataUsingEncoding:NSUTF8StringEncoding], (NSData *)padded }) {
+        ASSERT_TRUE([contents writeToFile:LVPreferencesPath() atomically:YES]);
+        LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
+        [provider readPreferences];
+        expectDefaults(provider, "refused file");
+    }
+    EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
 }

@@ -5,6 +5,8 @@
  */
 #import "LVProviderFixture.h"
 
+#include <objc/runtime.h>
+
 #include <vector>
 
 // An account whose mailbox list Mail has not refreshed yet: it still lists what it is given.
@@ -101,6 +103,39 @@ TEST_F(RecentList, ListedMailboxIsTouchedInPlaceEvenInAFullListAndFlagsTheMenus)
     EXPECT_EQ(5, [record accesses]);
     EXPECT_GE([[record date] timeIntervalSinceDate:before], 0.0);
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
+}
+
+// A record that cannot be made: the plug-in's records answer nil to -init while set.
+static bool recordsCannotBeMade = false;
+static IMP recordInit;
+
+static id initUnlessRecordsCannotBeMade(id self, SEL _cmd)
+{
+    if (!recordsCannotBeMade)
+        return ((id (*)(id, SEL))recordInit)(self, _cmd);
+    [self release];
+    return nil;
+}
+
+TEST_F(RecentList, ARecordThatCannotBeMadeIsLoggedAndLeavesTheListAsItWasOnHitsAndMissesAlike)
+{
+    LorvaneBundle_Provider *provider = LVMakeListProvider(3, 0, YES);
+    MailboxUid *work = mailbox(@"Work");
+    [provider addOrTouchRecentMailboxFromUid:LVUid(work)];
+    LVSetFlag(provider, @"_updateMenu", NO);
+    recordInit = method_setImplementation(class_getInstanceMethod(LVPluginClass("LorvaneMailbox"), @selector(init)), (IMP)initUnlessRecordsCannotBeMade);
+
+    recordsCannotBeMade = true;
+    [provider addOrTouchRecentMailboxFromUid:LVUid(work)];
+    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
+    recordsCannotBeMade = false;
+    EXPECT_EQ(2u, LVLogCount(@"[Lorvane:addOrTouchRecentMailboxFromUid] failed to allocate LorvaneMailbox object."));
+    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:0] accesses]);
+    EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
+
+    [provider addOrTouchRecentMailboxFromUid:LVUid(work)];
+    EXPECT_EQ(2, [[provider getRecentMailboxAtIndex:0] accesses]);
 }
 
 TEST_F(RecentList, ExclusionKeepsMailsSpecialMailboxesOutAndLimitZeroKeepsEveryMailboxOut)

@@ -1,8 +1,10 @@
 #!/bin/sh
 # Runs the benchmarks of the plug-in inside the stand-in Mail on a virtual display: first
-# Mail alone, then Mail with the plug-in loaded from the built bundle. Prints both tables
-# and a summary, writes bench/results/latest.json and, with matplotlib, scaling.png.
+# Mail alone, then Mail with the plug-in loaded from the built bundle (and, beside it, the
+# yardsticks it is compared with). Prints both tables and a summary against the goals,
+# writes bench/results/latest.json and, with matplotlib, scaling.png.
 set -e
+started=$(date +%s)
 build="${1:-build}"
 root="$(cd "$(dirname "$0")/.." && pwd)"
 results="$root/bench/results"
@@ -24,15 +26,20 @@ echo "== Mail with the plug-in"
 "$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench" $args \
     --benchmark_out="$results/plugin.json.tmp" --benchmark_out_format=json
 echo
-# Loading the bundle happens once per process: four more processes give a median.
+# Loading the bundle and start-up's memory are measured once per process: four more
+# processes of each program give medians.
 for run in 1 2 3 4; do
-    "$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench" --benchmark_filter=BM_StartupLoadBundle \
-        --benchmark_out="$results/load-$run.json.tmp" --benchmark_out_format=json >/dev/null
+    "$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench" --benchmark_filter='BM_Startup(LoadBundle|Memory)' \
+        --benchmark_out="$results/process-$run.json.tmp" --benchmark_out_format=json >/dev/null
+    "$root/tools/xvfb-run.sh" "$build/bench/lorvane_bench_baseline" --benchmark_filter=BM_StartupMemory \
+        --benchmark_out="$results/process-$run-without.json.tmp" --benchmark_out_format=json >/dev/null
 done
 # Debian's matplotlib belongs to the system's Python, which another python3 on PATH may hide.
 python=python3
 if ! python3 -c 'import matplotlib' 2>/dev/null && /usr/bin/python3 -c 'import matplotlib' 2>/dev/null; then
     python=/usr/bin/python3
 fi
-"$python" "$root/tools/bench-report.py" "$results/baseline.json.tmp" "$results/plugin.json.tmp" "$results"
+"$python" "$root/tools/bench-report.py" "$results/baseline.json.tmp" "$results/plugin.json.tmp" "$results" \
+    "$results"/process-*.json.tmp
 rm -f "$results"/*.json.tmp
+echo "The benchmarks ran for $(( $(date +%s) - started )) s."

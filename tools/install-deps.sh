@@ -4,7 +4,7 @@
 set -e
 packages="clang cmake make python3 libgtest-dev libbenchmark-dev gobjc gnustep-make
 libgnustep-base-dev libgnustep-gui-dev gnustep-back0.29 xvfb xauth imagemagick
-python3-matplotlib
+python3-matplotlib libclang-rt-dev
 $LORVANE_EXTRA_PACKAGES"
 
 missing=""

@@ -1,0 +1,35 @@
+/*
+ * The stand-in Mail the fuzz targets read files in: a private Library folder, the plug-in
+ * loaded from its fuzzing build the way Mail loads it, and accounts in memory whose
+ * mailboxes saved paths can name ("Home/Work", "Office/Archive/2023").
+ *
+ * Each target writes the fuzzer's bytes to the file the plug-in reads and lets the
+ * plug-in's own reading code take it from there. A target that finds an outcome the
+ * plug-in must never show calls LVFuzzFail, which stops the run with the input kept.
+ */
+#import <Foundation/Foundation.h>
+#import "LorvaneBundle_Provider.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/* Starts Mail once per process; answers a provider made without -init (which would install
+   menus), holding the given limit and an empty list. Stops the process when Mail cannot start. */
+LorvaneBundle_Provider *LVFuzzStartMail(int limit);
+
+/* The file of the user's Preferences folder by that name, holding exactly these bytes. */
+void LVFuzzWritePreferencesFile(NSString *name, const uint8_t *bytes, size_t length);
+
+/* YES when the plug-in's reader may hand these bytes to the platform's parser. */
+BOOL LVFuzzReaderAdmits(const uint8_t *bytes, size_t length);
+
+/* Log lines and exceptions raised (caught or not) since the last LVFuzzForget(). */
+NSArray *LVFuzzLoggedLines(void);
+NSUInteger LVFuzzExceptionsRaised(void);
+void LVFuzzForget(void);
+
+/* Every mailbox of the store, as Mail lists them. */
+NSArray *LVFuzzMailboxes(void);
+
+/* Reports what the plug-in did wrong with the input and aborts, so libFuzzer keeps it. */
+void LVFuzzFail(const char *what) __attribute__((noreturn));
