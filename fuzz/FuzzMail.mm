@@ -16,6 +16,7 @@ extern "C" const char *__asan_default_options(void)
 }
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
+static char temporaryRoot[] = "/tmp/lorvane-fuzz-XXXXXX";
 static NSString *libraryFolder;
 static NSMutableArray *loggedLines;
 static NSUInteger exceptionsRaised;
@@ -47,11 +48,17 @@ static void countRaisedExceptions(void)
     originalRaise = method_setImplementation(raise, (IMP)countingRaise);
 }
 
+// Runs when the fuzzer ends normally; a run stopped by a failure leaves its folder to look at.
+static void removeTemporaryRoot(void)
+{
+    [[NSFileManager defaultManager] removeItemAtPath:[NSString stringWithUTF8String:temporaryRoot] error:NULL];
+}
+
 // GNUstep finds the user's Library folder through its configuration, not HOME.
 static void redirectUserFolders(void)
 {
-    char pattern[] = "/tmp/lorvane-fuzz-XXXXXX";
-    NSString *root = [NSString stringWithUTF8String:mkdtemp(pattern)];
+    NSString *root = [NSString stringWithUTF8String:mkdtemp(temporaryRoot)];
+    atexit(removeTemporaryRoot);
     libraryFolder = [[root stringByAppendingPathComponent:@"Library"] retain];
     NSString *defaults = [root stringByAppendingPathComponent:@"Defaults"];
     NSString *home = [root stringByAppendingPathComponent:@"Home"];
