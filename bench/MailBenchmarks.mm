@@ -14,6 +14,7 @@
  */
 #import <AppKit/AppKit.h>
 #import "MHAlertRecorder.h"
+#import "MHPrivateFolders.h"
 #import "MailApp.h"
 #import "MailModel.h"
 #import "MessageTransfer.h"
@@ -57,16 +58,7 @@ void redirectUserFolders(void)
 {
     char pattern[] = "/tmp/lorvane-bench-XXXXXX";
     temporaryRoot = [[NSString alloc] initWithUTF8String:mkdtemp(pattern)];
-    libraryFolder = [[temporaryRoot stringByAppendingPathComponent:@"Library"] retain];
-    NSString *defaults = [temporaryRoot stringByAppendingPathComponent:@"Defaults"];
-    NSString *home = [temporaryRoot stringByAppendingPathComponent:@"Home"];
-    for (NSString *folder in @[ defaults, home, [libraryFolder stringByAppendingPathComponent:@"Preferences"] ])
-        [[NSFileManager defaultManager] createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:NULL];
-    NSMutableDictionary *config = GNUstepConfig(nil);
-    [config setObject:libraryFolder forKey:@"GNUSTEP_USER_DIR_LIBRARY"];
-    [config setObject:defaults forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
-    GNUstepConfig(config);
-    setenv("HOME", [home fileSystemRepresentation], 1);
+    libraryFolder = [MHUsePrivateUserFolders(temporaryRoot) retain];
 }
 
 void writePlist(id plist, NSString *name, BOOL binary)

@@ -1,5 +1,6 @@
 #import "FuzzMail.h"
 #import "MailModel.h"
+#import "MHPrivateFolders.h"
 #import "PluginHost.h"
 #import "PropertyListReader.h"
 
@@ -59,16 +60,7 @@ static void redirectUserFolders(void)
 {
     NSString *root = [NSString stringWithUTF8String:mkdtemp(temporaryRoot)];
     atexit(removeTemporaryRoot);
-    libraryFolder = [[root stringByAppendingPathComponent:@"Library"] retain];
-    NSString *defaults = [root stringByAppendingPathComponent:@"Defaults"];
-    NSString *home = [root stringByAppendingPathComponent:@"Home"];
-    for (NSString *folder in @[ defaults, home, [libraryFolder stringByAppendingPathComponent:@"Preferences"] ])
-        [[NSFileManager defaultManager] createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:NULL];
-    NSMutableDictionary *config = GNUstepConfig(nil);
-    [config setObject:libraryFolder forKey:@"GNUSTEP_USER_DIR_LIBRARY"];
-    [config setObject:defaults forKey:@"GNUSTEP_USER_DEFAULTS_DIR"];
-    GNUstepConfig(config);
-    setenv("HOME", [home fileSystemRepresentation], 1);
+    libraryFolder = [MHUsePrivateUserFolders(root) retain];
 }
 
 static MailAccount *accountInMemory(Class kind, NSString *name, NSArray *relativePaths)
