@@ -48,6 +48,7 @@ std::vector<OddName> oddNames(void)
         { @"Home", @"Cafe\u0301", @"Cafe\u0301" },
         { @"Home", [folder stringByAppendingFormat:@"/%@", twin], [twin stringByAppendingFormat:@" (Home/%@)", folder] },
         { @"Work", twin, [twin stringByAppendingString:@" (Work)"] },
+        // The empty name at the top and inside a folder: the folder tells them apart.
         { @"Memory", @"", @"" },
         { @"Memory", @"%@ folder/", @" (%@ folder)" },
         { @"Memory", longName, longName },
