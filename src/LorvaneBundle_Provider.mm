@@ -233,6 +233,25 @@ bool sortByEvictionKeys(NSMutableArray *list, bool byAccesses)
     return true;
 }
 
+// The first position in [low, high) whose key fails `passes`, over keys that pass it only
+// as a prefix (a binary search); false when a record on the way has no key.
+template <typename KeyAt, typename Passes>
+bool partitionPoint(NSUInteger low, NSUInteger high, KeyAt keyAt, Passes passes, NSUInteger *point)
+{
+    while (low < high) {
+        NSUInteger middle = low + (high - low) / 2;
+        double key = 0;
+        if (!keyAt(middle, &key))
+            return false;
+        if (passes(key))
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    *point = low;
+    return true;
+}
+
 // The list is in eviction order but for one record: where a stable sort would put it is
 // after every record that ranks before it and, among its ties, where it stood.
 bool moveIntoEvictionPlace(NSMutableArray *list, NSUInteger outOfPlace, bool byAccesses)
@@ -253,30 +272,10 @@ bool moveIntoEvictionPlace(NSMutableArray *list, NSUInteger outOfPlace, bool byA
     bool beforeNext = outOfPlace + 1 == count || (keyOfOther(outOfPlace, &next) && !ranksBefore(next, key));
     if (afterPrevious && beforeNext)
         return true;
-    NSUInteger firstNotBefore = 0, others = count - 1;
-    for (NSUInteger low = 0, high = others; low < high;) {
-        NSUInteger middle = low + (high - low) / 2;
-        double other = 0;
-        if (!keyOfOther(middle, &other))
-            return false;
-        if (ranksBefore(other, key))
-            low = middle + 1;
-        else
-            high = middle;
-        firstNotBefore = low;
-    }
-    NSUInteger firstAfter = firstNotBefore;
-    for (NSUInteger low = firstNotBefore, high = others; low < high;) {
-        NSUInteger middle = low + (high - low) / 2;
-        double other = 0;
-        if (!keyOfOther(middle, &other))
-            return false;
-        if (ranksBefore(key, other))
-            high = middle;
-        else
-            low = middle + 1;
-        firstAfter = low;
-    }
+    NSUInteger firstNotBefore = 0, firstAfter = 0;
+    if (!partitionPoint(0, count - 1, keyOfOther, [&](double other) { return ranksBefore(other, key); }, &firstNotBefore)
+        || !partitionPoint(firstNotBefore, count - 1, keyOfOther, [&](double other) { return !ranksBefore(key, other); }, &firstAfter))
+        return false;
     NSUInteger place = std::max(firstNotBefore, std::min(firstAfter, outOfPlace));
     if (place == outOfPlace)
         return true;
@@ -323,17 +322,10 @@ static NSUInteger placeInEvictionOrder(NSMutableArray *list, LorvaneMailbox *rec
     if (!readEvictionKey(record, byAccesses, &key))
         return NSNotFound;
     NSUInteger count = [list count];
+    auto keyAt = [&](NSUInteger position, double *other) { return readEvictionKey([list objectAtIndex:position], byAccesses, other); };
     NSUInteger low = 0;
-    for (NSUInteger high = count; low < high;) {
-        NSUInteger middle = low + (high - low) / 2;
-        double other = 0;
-        if (!readEvictionKey([list objectAtIndex:middle], byAccesses, &other))
-            return NSNotFound;
-        if (ranksBefore(other, key))
-            low = middle + 1;
-        else
-            high = middle;
-    }
+    if (!partitionPoint(0, count, keyAt, [&](double other) { return ranksBefore(other, key); }, &low))
+        return NSNotFound;
     // Among its ties the record is found by identity.
     for (NSUInteger index = low; index < count; index++) {
         if ([list objectAtIndex:index] == record)
