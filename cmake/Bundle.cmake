@@ -4,6 +4,7 @@ set(LORVANE_BUNDLE_DIR ${CMAKE_BINARY_DIR}/${LORVANE_BUNDLE_NAME}.mailbundle)
 
 add_library(Lorvane MODULE ${LORVANE_SOURCES})
 target_include_directories(Lorvane PRIVATE ${CMAKE_SOURCE_DIR}/src)
+target_link_libraries(Lorvane PRIVATE ${LORVANE_PLUGIN_LIBRARIES})
 set_target_properties(Lorvane PROPERTIES
     PREFIX "" SUFFIX ""
     OUTPUT_NAME ${LORVANE_BUNDLE_NAME}

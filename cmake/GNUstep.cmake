@@ -26,6 +26,10 @@ endforeach()
 list(APPEND GNUSTEP_COMPILE_FLAGS -fobjc-runtime=gcc "-idirafter${_gcc_include}")
 set(GNUSTEP_LINK_FLAGS -L${_libgcc_dir} ${_gs_gui_libs})
 
+# GNUstep collates names with ICU; the plug-in makes its collation keys with the same library.
+find_package(ICU REQUIRED COMPONENTS i18n uc)
+set(LORVANE_PLUGIN_LIBRARIES ICU::i18n ICU::uc)
+
 set(LORVANE_WARNINGS -Wall -Wextra)
 set(LORVANE_SANITIZER_FLAGS "")
 if(LORVANE_SANITIZE)

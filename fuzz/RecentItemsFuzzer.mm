@@ -33,7 +33,7 @@ void expectKnownLines(NSArray *lines, int limit)
 
 // Private to the provider; the fuzzer calls it as start-up does.
 @interface LorvaneBundle_Provider (LVRecentItemsLimit)
-- (int)readRecentItemsLimit;
+- (int)lv_readRecentItemsLimit;
 @end
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length)
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     LVFuzzWritePreferencesFile(@"com.apple.recentitems.plist", bytes, length);
     LVFuzzForget();
-    int limit = [provider readRecentItemsLimit];
+    int limit = [provider lv_readRecentItemsLimit];
 
     if (LVFuzzExceptionsRaised() != 0)
         LVFuzzFail("an exception was raised while reading");

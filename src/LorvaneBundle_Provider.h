@@ -2,6 +2,7 @@
 #import "MailInterfaces.h"
 
 @class LorvaneMailbox;
+@class LVRecentList;
 
 /*
  * The plug-in's one object. It holds the recent-mailbox list, its two settings and
@@ -45,7 +46,7 @@
     int _sortType;                   // 0 by name, 1 newest first, 2 most used first
     BOOL _excludeSpecialMailboxes;   // only user-made mailboxes enter the list
     int _maxMailboxes;               // the system's "Number of Recent Items"; 0 disables the list
-    NSMutableArray *_recentMailboxes; // of LorvaneMailbox; index 0 is the front
+    LVRecentList *_recentMailboxes;  // the mutable array of LorvaneMailbox records, front first
     BOOL _updateMenu;                // the submenus are rebuilt before they next open
     BOOL _removeDeletedMailboxes;    // the list is pruned before the submenus next open
     BOOL _menusOK;                   // every menu step so far succeeded

@@ -43,6 +43,3 @@
 
 @end
 
-/* Changes whenever any record's date or count changes: lets a note of the list's order
-   tell that it no longer holds. */
-unsigned long LVRecordSortKeyChanges(void);

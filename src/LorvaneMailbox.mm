@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstdio>
 
-static unsigned long sortKeyChanges = 0;
-
 // This run-time looks a class up by its name at every message sent to it; records are made
 // on Mail's transfer path, so the classes they use are looked up once.
 static Class dateClass(void)
@@ -17,11 +15,6 @@ static Class mutableStringClass(void)
 {
     static Class kept = [NSMutableString class];
     return kept;
-}
-
-unsigned long LVRecordSortKeyChanges(void)
-{
-    return sortKeyChanges;
 }
 
 @implementation LorvaneMailbox
@@ -57,7 +50,6 @@ unsigned long LVRecordSortKeyChanges(void)
 - (void)setAccesses:(int)accesses
 {
     _accesses = accesses;
-    sortKeyChanges++;
 }
 
 - (void)setDate:(NSDate *)date
@@ -65,7 +57,6 @@ unsigned long LVRecordSortKeyChanges(void)
     NSDate *old = _date;
     _date = [date copy];
     [old release];
-    sortKeyChanges++;
 }
 
 - (void)setDisplayName:(NSString *)displayName
@@ -98,7 +89,6 @@ unsigned long LVRecordSortKeyChanges(void)
 {
     // Wraps like 32-bit signed arithmetic on the platform; unsigned avoids undefined behaviour.
     _accesses = (int)((unsigned int)_accesses + 1u);
-    sortKeyChanges++;
 }
 
 - (NSComparisonResult)sortCompareDate:(LorvaneMailbox *)other

@@ -167,6 +167,7 @@ protected:
                 [[list objectAtIndex:at] setAccesses:2];
                 [[expected objectAtIndex:at] setAccesses:2];
             }
+            LVRefileRecords(provider);
             break;
         case 2:     // a saved date that did not parse
             if (count > 0) {
@@ -174,6 +175,7 @@ protected:
                 [[list objectAtIndex:at] setDate:nil];
                 [[expected objectAtIndex:at] setDate:nil];
             }
+            LVRefileRecords(provider);
             break;
         case 3:     // a mailbox saved twice
             if (count > 0) {
@@ -221,7 +223,7 @@ TEST_F(EvictionOrder, EveryTransferLeavesTheListAsTheLiteralStepsDo)
             NSUInteger many = 2 * (NSUInteger)limit + 3;
             makeMailboxes(many);
             LorvaneBundle_Provider *provider = LVMakeListProvider(limit, sortType, YES);
-            NSMutableArray *list = LVRecentList(provider);
+            NSMutableArray *list = LVProviderList(provider);
             NSMutableArray *expected = [NSMutableArray array];
             for (int step = 0; step < 1500; step++) {
                 if (below(4) == 0)
@@ -245,7 +247,7 @@ TEST_F(EvictionOrder, AMailboxListedTwiceIsTouchedAtItsFirstRecordUntilItIsDropp
     // As loading a file that names one mailbox twice leaves it: the copy stands last, oldest.
     LorvaneMailbox *copy = copyOf([provider getRecentMailboxAtIndex:1]);
     [copy setDate:[NSDate distantPast]];
-    [LVRecentList(provider) addObject:copy];
+    [LVProviderList(provider) addObject:copy];
 
     [provider addOrTouchRecentMailboxFromUid:LVUid(twice)];
     EXPECT_EQ(2, [[provider getRecentMailboxAtIndex:1] accesses]);
@@ -253,8 +255,8 @@ TEST_F(EvictionOrder, AMailboxListedTwiceIsTouchedAtItsFirstRecordUntilItIsDropp
 
     // A new mailbox drops the oldest record, the copy; the first record still answers.
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
-    EXPECT_NSEQ((@[ @"New", @"Twice", @"Other" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"New", @"Twice", @"Other" ]), LVMailboxNames(LVProviderList(provider)));
     [provider addOrTouchRecentMailboxFromUid:LVUid(twice)];
     EXPECT_EQ(3, [[provider getRecentMailboxAtIndex:[provider getRecentMailboxIndexWithUid:LVUid(twice)]] accesses]);
-    EXPECT_EQ(3u, [LVRecentList(provider) count]);
+    EXPECT_EQ(3u, [LVProviderList(provider) count]);
 }

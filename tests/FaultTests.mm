@@ -268,7 +268,7 @@ TEST_F(PreferencesFault, AFailedWriteLeavesTheOldFileWholeNoTemporaryFileAndOneL
         SCOPED_TRACE(row.what);
         removeLorvaneFiles();
         LorvaneBundle_Provider *provider = startWith(row.start);
-        NSUInteger listed = [LVRecentList(provider) count];
+        NSUInteger listed = [LVProviderList(provider) count];
         LVClearLog();
 
         EXPECT_EQ(1, writeWithFault(provider, row.fault));
@@ -277,7 +277,7 @@ TEST_F(PreferencesFault, AFailedWriteLeavesTheOldFileWholeNoTemporaryFileAndOneL
         EXPECT_NSEQ(row.filesAfter, lorvaneFiles());
         EXPECT_NSEQ(row.keptCopy, [NSData dataWithContentsOfFile:keptCopyPath()]);
         EXPECT_NSEQ(@[ WriteFailureLine ], LVLoggedLines());
-        EXPECT_EQ(listed, [LVRecentList(provider) count]);
+        EXPECT_EQ(listed, [LVProviderList(provider) count]);
     }
 }
 

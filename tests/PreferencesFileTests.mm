@@ -43,7 +43,7 @@ protected:
     {
         EXPECT_TRUE(LVFlag(provider, @"_excludeSpecialMailboxes")) << what;
         EXPECT_EQ(0, [provider getSortType]) << what;
-        EXPECT_EQ(0u, [LVRecentList(provider) count]) << what;
+        EXPECT_EQ(0u, [LVProviderList(provider) count]) << what;
         EXPECT_TRUE(LVFlag(provider, @"_updateMenu")) << what;
     }
 };
@@ -125,7 +125,7 @@ TEST_F(PreferencesFile, ABinaryFilesRecordsAreLoadedInReverseFileOrderWithCounts
 
     EXPECT_EQ(2, [provider getSortType]);
     EXPECT_FALSE(LVFlag(provider, @"_excludeSpecialMailboxes"));
-    NSArray *list = LVRecentList(provider);
+    NSArray *list = LVProviderList(provider);
     EXPECT_NSEQ((@[ @"Lists", @"Zürich %@", @"Work" ]), LVDisplayNames(list));
     EXPECT_EQ((std::vector<int>{ 1, 2, 7 }), counts(list));
     EXPECT_EQ((id)mailbox(@"Work"), (id)[provider getRecentMailboxUidAtIndex:2]);
@@ -149,7 +149,7 @@ TEST_F(PreferencesFile, DatesFallBackToTheOlderKeyThenToTheTimeOfLoading)
     NSDate *after = [NSDate date];
 
     NSMutableDictionary *dates = [NSMutableDictionary dictionary];
-    for (LorvaneMailbox *record in LVRecentList(provider))
+    for (LorvaneMailbox *record in LVProviderList(provider))
         [dates setObject:[record date] != nil ? (id)[record date] : (id)[NSNull null] forKey:[record displayName]];
     EXPECT_NSEQ(old, [[dates objectForKey:@"OnlyCalendarDate"] description]);
     EXPECT_NSEQ(current, [[dates objectForKey:@"Both"] description]);
@@ -171,8 +171,8 @@ TEST_F(PreferencesFile, CountsAreTheStoredValuesIntValueOrZero)
         @{ @"FullPath" : path(@"Negative"), @"Accesses" : @-4, @"Date" : dateText(-40) },
     ]));
     LorvaneBundle_Provider *provider = readWithLimit(10);
-    EXPECT_NSEQ((@[ @"Negative", @"Array", @"Text", @"Missing" ]), LVDisplayNames(LVRecentList(provider)));
-    EXPECT_EQ((std::vector<int>{ -4, 0, 12, 0 }), counts(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Negative", @"Array", @"Text", @"Missing" ]), LVDisplayNames(LVProviderList(provider)));
+    EXPECT_EQ((std::vector<int>{ -4, 0, 12, 0 }), counts(LVProviderList(provider)));
 }
 
 TEST_F(PreferencesFile, RecordsThatNameNoKnownMailboxAreDroppedSilently)
@@ -188,7 +188,7 @@ TEST_F(PreferencesFile, RecordsThatNameNoKnownMailboxAreDroppedSilently)
         saved(path(@"Lists"), 1, dateText(-50)),
     ]));
     LorvaneBundle_Provider *provider = readWithLimit(10);
-    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVDisplayNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVDisplayNames(LVProviderList(provider)));
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
 }
 
@@ -213,7 +213,7 @@ TEST_F(PreferencesFile, AFullListKeepsTheBestUnderTheEvictionOrder)
             [records addObject:saved(path([names objectAtIndex:i]), uses[i], dateText(-60.0 * minutesAgo[i]))];
         writeFile(@{ @"SortType" : @(row.sortType), @"RecentMailboxes" : records });
         LorvaneBundle_Provider *provider = readWithLimit(3);
-        EXPECT_NSEQ(row.kept, LVDisplayNames(LVRecentList(provider))) << "sort type " << row.sortType;
+        EXPECT_NSEQ(row.kept, LVDisplayNames(LVProviderList(provider))) << "sort type " << row.sortType;
     }
 }
 
@@ -235,7 +235,7 @@ TEST_F(PreferencesFile, ARecordThatOnlyTiesWithTheWorstKeptIsNotTakenAndLimitZer
     for (const Row &row : rows) {
         writeFile(@{ @"SortType" : @(row.sortType), @"RecentMailboxes" : row.records });
         LorvaneBundle_Provider *provider = readWithLimit(row.limit);
-        EXPECT_NSEQ(row.kept, LVDisplayNames(LVRecentList(provider))) << "sort type " << row.sortType << ", limit " << row.limit;
+        EXPECT_NSEQ(row.kept, LVDisplayNames(LVProviderList(provider))) << "sort type " << row.sortType << ", limit " << row.limit;
     }
 }
 
@@ -250,7 +250,7 @@ TEST_F(PreferencesFile, APathMailFindsTwiceGivesTheRecordEachMailboxInTurn)
 
     LorvaneBundle_Provider *provider = readWithLimit(10);
 
-    NSArray *list = LVRecentList(provider);
+    NSArray *list = LVProviderList(provider);
     ASSERT_EQ(2u, [list count]);
     EXPECT_EQ([list objectAtIndex:0], [list objectAtIndex:1]);
     EXPECT_EQ((id)later, (id)[provider getRecentMailboxUidAtIndex:0]);
@@ -290,7 +290,7 @@ TEST_F(PreferencesFile, DamagedOrMisshapenFilesGiveTheDefaultsAndNeverStopMail)
         else
             writeFile(row.contents);
         LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
-        [LVRecentList(provider) addObject:LVMakeRecord()];
+        [LVProviderList(provider) addObject:LVMakeRecord()];
         [provider readPreferences];
         expectDefaults(provider, row.what);
     }
@@ -303,6 +303,7 @@ TEST_F(PreferencesFile, WrittenFileIsXMLThatPythonReadsWithExactlyTheSavedKeysAn
     for (NSString *name in @[ @"Work", @"Projects/Zürich %@ %n", @"Lists", @"Work" ])
         [writer addOrTouchRecentMailboxFromUid:LVUid(mailbox(name))];
     [[writer getRecentMailboxAtIndex:1] setDate:[NSDate dateWithTimeIntervalSinceNow:-1000.25]];
+    LVRefileRecords(writer);
 
     [writer writePreferences];
 
@@ -321,8 +322,8 @@ TEST_F(PreferencesFile, WrittenFileIsXMLThatPythonReadsWithExactlyTheSavedKeysAn
     EXPECT_EQ(2, [reader getSortType]);
     EXPECT_FALSE(LVFlag(reader, @"_excludeSpecialMailboxes"));
     NSArray *records = [python objectForKey:@"RecentMailboxes"];
-    NSArray *written = LVRecentList(writer);
-    NSArray *read = LVRecentList(reader);
+    NSArray *written = LVProviderList(writer);
+    NSArray *read = LVProviderList(reader);
     ASSERT_EQ(3u, [records count]);
     ASSERT_EQ(3u, [read count]);
     for (NSUInteger i = 0; i < 3; i++) {
@@ -370,7 +371,7 @@ TEST_F(PreferencesFile, AFailedWriteIsLoggedOnceAndKeepsTheList)
 
     EXPECT_EQ(1u, LVLogCount(WriteFailureLine));
     EXPECT_EQ(1u, LVLogCountWithPrefix(@"[Lorvane"));
-    EXPECT_EQ(1u, [LVRecentList(provider) count]);
+    EXPECT_EQ(1u, [LVProviderList(provider) count]);
     [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
 }
 

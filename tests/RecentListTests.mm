@@ -53,6 +53,7 @@ protected:
             [record setDate:[NSDate dateWithTimeIntervalSinceNow:-60.0 * (double)(count - i)]];
             [record setAccesses:counts[i]];
         }
+        LVRefileRecords(provider);
         LVSetFlag(provider, @"_updateMenu", NO);
     }
 };
@@ -70,7 +71,7 @@ TEST_F(RecentList, NewMailboxGoesToTheFrontWithCountOneAndMailsNameAndFlagsTheMe
     EXPECT_FALSE(LVFlag(provider, @"_removeDeletedMailboxes"));
     [provider addOrTouchRecentMailboxFromUid:LVUid(lists)];
 
-    NSArray *list = LVRecentList(provider);
+    NSArray *list = LVProviderList(provider);
     ASSERT_EQ(2u, [list count]);
     EXPECT_EQ((id)lists, (id)[provider getRecentMailboxUidAtIndex:0]);
     EXPECT_EQ((id)work, (id)[provider getRecentMailboxUidAtIndex:1]);
@@ -98,7 +99,7 @@ TEST_F(RecentList, ListedMailboxIsTouchedInPlaceEvenInAFullListAndFlagsTheMenus)
     NSDate *before = [NSDate date];
     [provider addOrTouchRecentMailboxFromUid:LVUid(work)];
 
-    EXPECT_EQ(3u, [LVRecentList(provider) count]);
+    EXPECT_EQ(3u, [LVProviderList(provider) count]);
     EXPECT_EQ(record, [provider getRecentMailboxAtIndex:2]);
     EXPECT_EQ(5, [record accesses]);
     EXPECT_GE([[record date] timeIntervalSinceDate:before], 0.0);
@@ -130,7 +131,7 @@ TEST_F(RecentList, ARecordThatCannotBeMadeIsLoggedAndLeavesTheListAsItWasOnHitsA
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
     recordsCannotBeMade = false;
     EXPECT_EQ(2u, LVLogCount(@"[Lorvane:addOrTouchRecentMailboxFromUid] failed to allocate LorvaneMailbox object."));
-    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVProviderList(provider)));
     EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:0] accesses]);
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
 
@@ -157,7 +158,7 @@ TEST_F(RecentList, ExclusionKeepsMailsSpecialMailboxesOutAndLimitZeroKeepsEveryM
         [provider addOrTouchRecentMailboxFromUid:LVUid(uid)];
         EXPECT_EQ(row.listed ? 0 : -1, [provider getRecentMailboxIndexWithUid:LVUid(uid)]) << [row.mailbox UTF8String] << " exclude " << (int)row.exclude;
         EXPECT_EQ(row.listed, LVFlag(provider, @"_updateMenu")) << [row.mailbox UTF8String];
-        EXPECT_EQ(row.listed ? 1u : 0u, [LVRecentList(provider) count]) << [row.mailbox UTF8String];
+        EXPECT_EQ(row.listed ? 1u : 0u, [LVProviderList(provider) count]) << [row.mailbox UTF8String];
     }
 }
 
@@ -182,7 +183,7 @@ TEST_F(RecentList, LookupByMailboxIsByIdentityAndByFullPathFindsTheFirstInMailsO
 
     // The same path from another account is another mailbox: it gets its own record.
     [provider addOrTouchRecentMailboxFromUid:LVUid(samePath)];
-    EXPECT_EQ(3u, [LVRecentList(provider) count]);
+    EXPECT_EQ(3u, [LVProviderList(provider) count]);
     EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:1] accesses]);
 
     EXPECT_EQ((id)listed, (id)[provider mailboxUidForFullPath:[listed fullPath]]);
@@ -210,7 +211,7 @@ TEST_F(RecentList, FullListDropsTheOldestUnlessSortedByUse)
         LorvaneBundle_Provider *provider = LVMakeListProvider(3, row.sortType, YES);
         fill(provider, @[ @"Work", @"Family", @"Lists" ], { 9, 1, 4 });
         [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
-        EXPECT_NSEQ(row.afterAdding, LVMailboxNames(LVRecentList(provider))) << "sort type " << row.sortType;
+        EXPECT_NSEQ(row.afterAdding, LVMailboxNames(LVProviderList(provider))) << "sort type " << row.sortType;
         EXPECT_EQ(1, [[provider getRecentMailboxAtIndex:0] accesses]);
         EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
     }
@@ -222,7 +223,7 @@ TEST_F(RecentList, FullListUnderUseOrderDropsOneOfTheLeastUsed)
     fill(provider, @[ @"Work", @"Family", @"Lists" ], { 5, 1, 1 });
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
 
-    NSArray *names = LVMailboxNames(LVRecentList(provider));
+    NSArray *names = LVMailboxNames(LVProviderList(provider));
     ASSERT_EQ(3u, [names count]);
     EXPECT_NSEQ(@"New", [names objectAtIndex:0]);
     EXPECT_NSEQ(@"Work", [names objectAtIndex:1]);
@@ -237,7 +238,7 @@ TEST_F(RecentList, ListLongerThanALoweredLimitGrowsByOne)
 
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"F"))];
 
-    EXPECT_NSEQ((@[ @"F", @"E", @"D", @"C", @"B", @"A" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"F", @"E", @"D", @"C", @"B", @"A" ]), LVMailboxNames(LVProviderList(provider)));
 }
 
 TEST_F(RecentList, PruningRemovesEveryGoneMailboxInOneCall)
@@ -251,7 +252,7 @@ TEST_F(RecentList, PruningRemovesEveryGoneMailboxInOneCall)
     [home rescan];
     [provider removeDeletedMailboxes];
 
-    EXPECT_NSEQ((@[ @"Family", @"Work" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Family", @"Work" ]), LVMailboxNames(LVProviderList(provider)));
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
@@ -275,7 +276,7 @@ TEST_F(RecentList, PruningKeepsOnlyTheVerySameLiveMailboxObjects)
     ASSERT_TRUE([elsewhere isValid]);
 
     [provider removeDeletedMailboxes];
-    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Work" ]), LVMailboxNames(LVProviderList(provider)));
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
@@ -284,12 +285,12 @@ TEST_F(RecentList, PruningALiveListFlagsNothingAndAListOfGoneMailboxesEmptiesIt)
     LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
     fill(provider, @[ @"Work", @"Lists" ], { 1, 1 });
     [provider removeDeletedMailboxes];
-    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVMailboxNames(LVRecentList(provider)));
+    EXPECT_NSEQ((@[ @"Lists", @"Work" ]), LVMailboxNames(LVProviderList(provider)));
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
 
     [MailAccount setActiveAccounts:@[]];
     [provider removeDeletedMailboxes];
-    EXPECT_EQ(0u, [LVRecentList(provider) count]);
+    EXPECT_EQ(0u, [LVProviderList(provider) count]);
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 
@@ -312,7 +313,7 @@ TEST_F(RecentList, EachSignalSetsOnlyItsOwnFlagAndClearingButNotCountingFlagsThe
     EXPECT_EQ(4, [[provider getRecentMailboxAtIndex:0] accesses]);
     EXPECT_FALSE(LVFlag(provider, @"_updateMenu"));
     [provider clearRecentMailboxes];
-    EXPECT_EQ(0u, [LVRecentList(provider) count]);
+    EXPECT_EQ(0u, [LVProviderList(provider) count]);
     EXPECT_TRUE(LVFlag(provider, @"_updateMenu"));
 }
 

@@ -154,7 +154,7 @@ protected:
 
     NSArray *records()
     {
-        return LVRecentList(provider);
+        return LVProviderList(provider);
     }
 
     std::vector<ListedEntry> listedEntries()

@@ -10,6 +10,7 @@
 #import "MailModel.h"
 #import "LorvaneBundle_Provider.h"
 #import "LorvaneMailbox.h"
+#import "LVRecentList.h"
 
 /* Starts Mail with the plug-in, then forgets what that logged, so a test sees only its own lines. */
 void LVLoadPluginAndClearLog(void);
@@ -17,7 +18,9 @@ void LVLoadPluginAndClearLog(void);
 /* A provider with an empty list, both deferred-work flags clear and the given settings. */
 LorvaneBundle_Provider *LVMakeListProvider(int limit, int sortType, BOOL excludeSpecialMailboxes);
 /* The provider's own list array (not a copy). */
-NSMutableArray *LVRecentList(LorvaneBundle_Provider *provider);
+NSMutableArray *LVProviderList(LorvaneBundle_Provider *provider);
+/* After a test changed listed records' counts or dates by hand: the list files them again. */
+void LVRefileRecords(LorvaneBundle_Provider *provider);
 BOOL LVFlag(LorvaneBundle_Provider *provider, NSString *field);
 void LVSetFlag(LorvaneBundle_Provider *provider, NSString *field, BOOL value);
 int LVIntField(LorvaneBundle_Provider *provider, NSString *field);

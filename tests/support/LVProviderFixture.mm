@@ -13,7 +13,8 @@ LorvaneBundle_Provider *LVMakeListProvider(int limit, int sortType, BOOL exclude
 {
     // Never released: the plug-in's provider lives as long as Mail does.
     LorvaneBundle_Provider *provider = [LVPluginClass("LorvaneBundle_Provider") alloc];
-    [provider setValue:[NSMutableArray array] forKey:@"_recentMailboxes"];
+    id list = [[[LVPluginClass("LVRecentList") alloc] initWithSortType:sortType] autorelease];
+    [provider setValue:list forKey:@"_recentMailboxes"];
     LVSetIntField(provider, @"_maxMailboxes", limit);
     LVSetIntField(provider, @"_sortType", sortType);
     LVSetFlag(provider, @"_excludeSpecialMailboxes", excludeSpecialMailboxes);
@@ -22,9 +23,15 @@ LorvaneBundle_Provider *LVMakeListProvider(int limit, int sortType, BOOL exclude
     return provider;
 }
 
-NSMutableArray *LVRecentList(LorvaneBundle_Provider *provider)
+NSMutableArray *LVProviderList(LorvaneBundle_Provider *provider)
 {
     return [provider valueForKey:@"_recentMailboxes"];
+}
+
+void LVRefileRecords(LorvaneBundle_Provider *provider)
+{
+    NSMutableArray *list = LVProviderList(provider);
+    [list setArray:[[list copy] autorelease]];
 }
 
 BOOL LVFlag(LorvaneBundle_Provider *provider, NSString *field)

@@ -1,0 +1,447 @@
+#import "LVMenuOrder.h"
+#import "LVRecentList.h"
+#import "LorvaneMailbox.h"
+
+#include <algorithm>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#if defined(GS_USE_ICU) && GS_USE_ICU == 1
+#include <unicode/ucol.h>
+#define LV_COLLATION_KEYS 1
+#endif
+
+namespace {
+
+// How the records compare by name: case folded, then collated for the user's locale, with the
+// exact spelling deciding between names the collation takes as equal.
+struct Name {
+    NSString *text = nil;       // retained
+    NSString *folded = nil;     // retained: the text in lower case
+    std::u16string spelling;    // what runs of equal names and the last tie-break compare
+    std::string key;            // the collation key of `folded`, when keys can be made
+};
+
+struct Collation {
+    NSString *localeIdentifier = nil;
+#if LV_COLLATION_KEYS
+    UCollator *collator = nullptr;
+#endif
+
+    // Keys are made with the collator the platform's -localizedCompare: opens for the current
+    // locale, so that comparing two keys answers what comparing the two names would.
+    bool followCurrentLocale()
+    {
+        NSString *identifier = [[NSLocale currentLocale] localeIdentifier];
+        if (localeIdentifier != nil && [identifier isEqualToString:localeIdentifier])
+            return false;
+        [localeIdentifier release];
+        localeIdentifier = [identifier copy];
+#if LV_COLLATION_KEYS
+        if (collator != nullptr)
+            ucol_close(collator);
+        UErrorCode status = U_ZERO_ERROR;
+        const char *locale = [identifier length] > 0 ? [identifier UTF8String] : NULL;
+        collator = ucol_open(locale, &status);
+        if (!U_SUCCESS(status)) {
+            ucol_close(collator);
+            collator = nullptr;
+        }
+#endif
+        return true;
+    }
+
+    void makeKey(Name &name)
+    {
+        name.key.clear();
+#if LV_COLLATION_KEYS
+        if (collator == nullptr)
+            return;
+        std::u16string folded(name.folded != nil ? [name.folded length] : 0, u'\0');
+        [name.folded getCharacters:(unichar *)folded.data() range:NSMakeRange(0, folded.size())];
+        name.key.resize(64);
+        for (;;) {
+            int32_t length = ucol_getSortKey(collator, (const UChar *)folded.data(), (int32_t)folded.size(),
+                                             (uint8_t *)&name.key[0], (int32_t)name.key.size());
+            if (length <= (int32_t)name.key.size()) {
+                name.key.resize(length > 0 ? (size_t)length - 1 : 0);  // without the final 0
+                return;
+            }
+            name.key.resize((size_t)length);
+        }
+#endif
+    }
+
+    int compare(const Name &a, const Name &b) const
+    {
+#if LV_COLLATION_KEYS
+        if (collator != nullptr) {
+            int order = a.key.compare(b.key);
+            if (order != 0)
+                return order;
+            return a.spelling.compare(b.spelling);
+        }
+#endif
+        NSComparisonResult order = [a.folded localizedCompare:b.folded];
+        if (order != NSOrderedSame)
+            return order == NSOrderedAscending ? -1 : 1;
+        return a.spelling.compare(b.spelling);
+    }
+};
+
+void setName(Name &name, NSString *text, Collation &collation)
+{
+    if (text == name.text)
+        return;
+    [name.text release];
+    [name.folded release];
+    name.text = [text copy];
+    name.folded = [[name.text lowercaseString] retain];
+    name.spelling.assign([name.text length], u'\0');
+    [name.text getCharacters:(unichar *)name.spelling.data() range:NSMakeRange(0, name.spelling.size())];
+    collation.makeKey(name);
+}
+
+void clearName(Name &name)
+{
+    [name.text release];
+    [name.folded release];
+    name = Name();
+}
+
+// What the menu order remembers of one listed record.
+struct Known {
+    bool live = false;
+    uint32_t generation = 0;
+    uint32_t touches = 0;
+    LorvaneMailbox *record = nil;
+    id<LVMailboxUid> mailbox = nil;
+    Name mailName;              // Mail's name of the mailbox: the first sort, and runs
+    Name shownName;             // the record's name in the menus: the sort by name
+    double sortKey = 0;         // newest or most used first, under those sort types
+    NSString *toolTip = nil;    // retained
+    NSImage *icon = nil;        // retained
+    bool needsFacts = false;    // tool tip and icon to be asked of Mail
+    bool needsPlace = false;    // to be placed again in the menu order
+};
+
+const int LVSortByDate = 1;
+const int LVSortByAccesses = 2;
+
+int menuSortType(int sortType)
+{
+    return sortType == LVSortByDate || sortType == LVSortByAccesses ? sortType : 0;
+}
+
+} // namespace
+
+struct LVMenuOrderState {
+    Collation collation;
+    std::vector<Known> known;                   // by slot
+    std::vector<LVListSlot> order;              // the menu order
+    std::vector<size_t> position;               // by slot: where the record stands in the list
+    // Records whose mailboxes share Mail's name, by that name.
+    std::unordered_map<std::u16string, std::vector<LVListSlot>> runs;
+    std::unordered_set<std::u16string> runsToName;
+    std::unordered_set<std::u16string> runsWithShownTies;
+    int sortType = -1;
+    bool forgetAll = true;
+
+    void forget(LVListSlot slot)
+    {
+        Known &known = this->known[slot];
+        leaveRun(slot);
+        clearName(known.mailName);
+        clearName(known.shownName);
+        [known.toolTip release];
+        [known.icon release];
+        known = Known();
+    }
+
+    void forgetEveryone()
+    {
+        for (LVListSlot slot = 0; slot < known.size(); slot++) {
+            if (known[slot].live)
+                forget(slot);
+        }
+        order.clear();
+    }
+
+    void learn(const LVListSlotState &listed, NSString *mailName)
+    {
+        Known &known = this->known[listed.slot];
+        known.live = true;
+        known.generation = listed.generation;
+        known.touches = listed.touches;
+        known.record = listed.record;
+        known.mailbox = listed.mailbox;
+        setName(known.mailName, mailName, collation);
+        joinRun(listed.slot);
+        known.needsFacts = known.needsPlace = true;
+    }
+
+    void rename(LVListSlot slot, NSString *mailName)
+    {
+        Known &known = this->known[slot];
+        leaveRun(slot);
+        setName(known.mailName, mailName, collation);
+        joinRun(slot);
+        known.needsFacts = known.needsPlace = true;
+    }
+
+    void joinRun(LVListSlot slot)
+    {
+        const std::u16string &name = known[slot].mailName.spelling;
+        runs[name].push_back(slot);
+        runsToName.insert(name);
+    }
+
+    void leaveRun(LVListSlot slot)
+    {
+        const std::u16string &name = known[slot].mailName.spelling;
+        auto run = runs.find(name);
+        if (run == runs.end())
+            return;
+        run->second.erase(std::remove(run->second.begin(), run->second.end(), slot), run->second.end());
+        if (run->second.empty()) {
+            runs.erase(run);
+            runsWithShownTies.erase(name);
+        } else {
+            runsToName.insert(name);
+        }
+    }
+
+    // Who is listed now, under which names; records that left are forgotten.
+    void takeListed(const std::vector<LVListSlotState> &listed, const std::vector<NSString *> &names)
+    {
+        std::vector<bool> seen(known.size(), false);
+        for (size_t index = 0; index < listed.size(); index++) {
+            const LVListSlotState &state = listed[index];
+            if (state.slot >= known.size()) {
+                known.resize(state.slot + 1);
+                position.resize(state.slot + 1);
+                seen.resize(state.slot + 1, false);
+            }
+            position[state.slot] = index;
+            seen[state.slot] = true;
+            Known &entry = known[state.slot];
+            if (!entry.live || entry.generation != state.generation) {
+                if (entry.live)
+                    forget(state.slot);
+                learn(state, names[index]);
+                continue;
+            }
+            if (entry.touches != state.touches) {
+                entry.touches = state.touches;
+                entry.needsPlace = entry.needsPlace || sortType != 0;
+            }
+            if (names[index] != entry.mailName.text && ![names[index] isEqualToString:entry.mailName.text])
+                rename(state.slot, names[index]);
+        }
+        for (LVListSlot slot = 0; slot < known.size(); slot++) {
+            if (known[slot].live && !seen[slot])
+                forget(slot);
+        }
+    }
+
+    void forgetWhatMailSaidOfEveryone()
+    {
+        for (Known &entry : known)
+            entry.needsFacts = entry.needsFacts || entry.live;
+        for (auto &run : runs)
+            runsToName.insert(run.first);
+    }
+
+    // A run of one shows Mail's name; a longer run takes the names the describer gives.
+    void nameRuns(id<LVMailboxDescribing> describer)
+    {
+        for (const std::u16string &name : runsToName) {
+            auto run = runs.find(name);
+            if (run == runs.end())
+                continue;
+            std::vector<LVListSlot> &members = run->second;
+            if (members.size() == 1) {
+                Known &only = known[members[0]];
+                [only.record setDisplayName:only.mailName.text];
+                showName(members[0], only.mailName);
+                runsWithShownTies.erase(name);
+                continue;
+            }
+            std::sort(members.begin(), members.end(), [this](LVListSlot a, LVListSlot b) { return position[a] < position[b]; });
+            NSMutableArray *group = [NSMutableArray arrayWithCapacity:members.size()];
+            for (LVListSlot slot : members)
+                [group addObject:known[slot].record];
+            [describer lv_nameMailboxesSharingName:group];
+            std::unordered_set<std::u16string> spellings;
+            bool ties = false;
+            for (LVListSlot slot : members) {
+                Name shown;
+                setName(shown, [known[slot].record displayName], collation);
+                showName(slot, shown);
+                clearName(shown);
+                ties = !spellings.insert(known[slot].shownName.spelling).second || ties;
+            }
+            if (ties)
+                runsWithShownTies.insert(name);
+            else
+                runsWithShownTies.erase(name);
+        }
+        runsToName.clear();
+    }
+
+    void showName(LVListSlot slot, const Name &name)
+    {
+        Known &entry = known[slot];
+        if (entry.shownName.text != nil && entry.shownName.spelling == name.spelling)
+            return;
+        clearName(entry.shownName);
+        entry.shownName = name;
+        [entry.shownName.text retain];
+        [entry.shownName.folded retain];
+        entry.needsPlace = entry.needsPlace || sortType == 0;
+    }
+
+    void askForFacts(id<LVMailboxDescribing> describer)
+    {
+        for (Known &entry : known) {
+            if (!entry.live || !entry.needsFacts)
+                continue;
+            NSString *toolTip = [[describer lv_toolTipForMailbox:entry.mailbox] retain];
+            NSImage *icon = [[describer lv_iconForMailbox:entry.mailbox] retain];
+            [entry.toolTip release];
+            [entry.icon release];
+            entry.toolTip = toolTip;
+            entry.icon = icon;
+            entry.needsFacts = false;
+        }
+    }
+
+    // The menu order: by the sort type's key, then by Mail's name, then as the list stands.
+    bool before(LVListSlot a, LVListSlot b) const
+    {
+        const Known &x = known[a], &y = known[b];
+        if (sortType != 0) {
+            if (x.sortKey != y.sortKey)
+                return x.sortKey > y.sortKey;
+        } else {
+            int order = collation.compare(x.shownName, y.shownName);
+            if (order != 0)
+                return order < 0;
+        }
+        int order = collation.compare(x.mailName, y.mailName);
+        if (order != 0)
+            return order < 0;
+        return position[a] < position[b];
+    }
+
+    double sortKeyOf(LorvaneMailbox *record) const
+    {
+        if (sortType == LVSortByAccesses)
+            return [record accesses];
+        return [[record date] timeIntervalSinceReferenceDate];
+    }
+
+    // Records whose names tie within their run follow the list, which eviction may have
+    // reordered: they are placed again with the records whose keys changed.
+    void place()
+    {
+        if (sortType == 0) {
+            for (const std::u16string &name : runsWithShownTies) {
+                for (LVListSlot slot : runs[name])
+                    known[slot].needsPlace = true;
+            }
+        }
+        order.erase(std::remove_if(order.begin(), order.end(),
+                                   [this](LVListSlot slot) { return !known[slot].live || known[slot].needsPlace; }),
+                    order.end());
+        for (LVListSlot slot = 0; slot < known.size(); slot++) {
+            Known &entry = known[slot];
+            if (!entry.live || !entry.needsPlace)
+                continue;
+            if (sortType != 0)
+                entry.sortKey = sortKeyOf(entry.record);
+            order.insert(std::upper_bound(order.begin(), order.end(), slot, [this](LVListSlot a, LVListSlot b) { return before(a, b); }), slot);
+            entry.needsPlace = false;
+        }
+    }
+};
+
+// Mail's name of every listed mailbox, or NO when one has none.
+static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vector<NSString *> &names)
+{
+    for (size_t index = 0; index < listed.size(); index++) {
+        names[index] = [listed[index].mailbox displayName];
+        if (names[index] == nil)
+            return NO;
+    }
+    return YES;
+}
+
+@implementation LVMenuOrder
+
+- (id)init
+{
+    if (nil == (self = [super init]))
+        return nil;
+    _state = new LVMenuOrderState;
+    return self;
+}
+
+- (void)dealloc
+{
+    _state->forgetEveryone();
+    [_state->collation.localeIdentifier release];
+#if LV_COLLATION_KEYS
+    if (_state->collation.collator != nullptr)
+        ucol_close(_state->collation.collator);
+#endif
+    delete _state;
+    [super dealloc];
+}
+
+- (BOOL)orderList:(LVRecentList *)list sortType:(int)sortType describer:(id<LVMailboxDescribing>)describer
+{
+    // A list that keeps no order beside itself (a mailbox listed twice, a record without a
+    // mailbox or a date) is left to the records' comparators.
+    if (![list isIndexed])
+        return NO;
+    LVMenuOrderState &state = *_state;
+    std::vector<LVListSlotState> listed([list count]);
+    [list getSlotStates:listed.data()];
+    std::vector<NSString *> names(listed.size());
+    if (!readMailNames(listed, names))
+        return NO;
+
+    if (state.collation.followCurrentLocale() || state.sortType != menuSortType(sortType)) {
+        state.forgetEveryone();
+        state.sortType = menuSortType(sortType);
+    }
+    state.takeListed(listed, names);
+    if (state.forgetAll)
+        state.forgetWhatMailSaidOfEveryone();
+    state.forgetAll = false;
+    state.nameRuns(describer);
+    state.askForFacts(describer);
+    state.place();
+    [list reorderBySlots:state.order.data() count:state.order.size()];
+    return YES;
+}
+
+- (NSUInteger)getRows:(LVMenuRow *)rows capacity:(NSUInteger)capacity
+{
+    NSUInteger count = std::min((NSUInteger)_state->order.size(), capacity);
+    for (NSUInteger index = 0; index < count; index++) {
+        const Known &entry = _state->known[_state->order[index]];
+        rows[index] = LVMenuRow{ entry.record, entry.shownName.text, entry.toolTip, entry.icon };
+    }
+    return count;
+}
+
+- (void)forgetWhatMailSaid
+{
+    _state->forgetAll = true;
+}
+
+@end
