@@ -127,12 +127,9 @@ struct Known {
     bool needsPlace = false;    // to be placed again in the menu order
 };
 
-const int LVSortByDate = 1;
-const int LVSortByAccesses = 2;
-
 int menuSortType(int sortType)
 {
-    return sortType == LVSortByDate || sortType == LVSortByAccesses ? sortType : 0;
+    return sortType == LVSortByDate || sortType == LVSortByAccesses ? sortType : LVSortByName;
 }
 
 } // namespace
@@ -235,7 +232,7 @@ struct LVMenuOrderState {
             }
             if (entry.touches != state.touches) {
                 entry.touches = state.touches;
-                entry.needsPlace = entry.needsPlace || sortType != 0;
+                entry.needsPlace = entry.needsPlace || sortType != LVSortByName;
             }
             if (names[index] != entry.mailName.text && ![names[index] isEqualToString:entry.mailName.text])
                 rename(state.slot, names[index]);
@@ -277,10 +274,7 @@ struct LVMenuOrderState {
             std::unordered_set<std::u16string> spellings;
             bool ties = false;
             for (LVListSlot slot : members) {
-                Name shown;
-                setName(shown, [known[slot].record displayName], collation);
-                showName(slot, shown);
-                clearName(shown);
+                showRecordName(slot);
                 ties = !spellings.insert(known[slot].shownName.spelling).second || ties;
             }
             if (ties)
@@ -289,6 +283,18 @@ struct LVMenuOrderState {
                 runsWithShownTies.erase(name);
         }
         runsToName.clear();
+    }
+
+    // Collation keys cost more than the rest of naming: a name that did not change keeps its own.
+    void showRecordName(LVListSlot slot)
+    {
+        NSString *text = [known[slot].record displayName];
+        if (known[slot].shownName.text != nil && [text isEqualToString:known[slot].shownName.text])
+            return;
+        Name shown;
+        setName(shown, text, collation);
+        showName(slot, shown);
+        clearName(shown);
     }
 
     void showName(LVListSlot slot, const Name &name)
@@ -300,7 +306,7 @@ struct LVMenuOrderState {
         entry.shownName = name;
         [entry.shownName.text retain];
         [entry.shownName.folded retain];
-        entry.needsPlace = entry.needsPlace || sortType == 0;
+        entry.needsPlace = entry.needsPlace || sortType == LVSortByName;
     }
 
     void askForFacts(id<LVMailboxDescribing> describer)
@@ -322,7 +328,7 @@ struct LVMenuOrderState {
     bool before(LVListSlot a, LVListSlot b) const
     {
         const Known &x = known[a], &y = known[b];
-        if (sortType != 0) {
+        if (sortType != LVSortByName) {
             if (x.sortKey != y.sortKey)
                 return x.sortKey > y.sortKey;
         } else {
@@ -347,7 +353,7 @@ struct LVMenuOrderState {
     // reordered: they are placed again with the records whose keys changed.
     void place()
     {
-        if (sortType == 0) {
+        if (sortType == LVSortByName) {
             for (const std::u16string &name : runsWithShownTies) {
                 for (LVListSlot slot : runs[name])
                     known[slot].needsPlace = true;
@@ -360,7 +366,7 @@ struct LVMenuOrderState {
             Known &entry = known[slot];
             if (!entry.live || !entry.needsPlace)
                 continue;
-            if (sortType != 0)
+            if (sortType != LVSortByName)
                 entry.sortKey = sortKeyOf(entry.record);
             order.insert(std::upper_bound(order.begin(), order.end(), slot, [this](LVListSlot a, LVListSlot b) { return before(a, b); }), slot);
             entry.needsPlace = false;

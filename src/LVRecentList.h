@@ -6,6 +6,14 @@
 @class LorvaneMailbox;
 @class LVMenuOrder;
 
+/* How the menus order the list; eviction drops the least used record under LVSortByAccesses
+   and the oldest under every other value. */
+enum {
+    LVSortByName = 0,
+    LVSortByDate = 1,
+    LVSortByAccesses = 2,
+};
+
 /* Names one listed record for as long as it stays listed; the number may name another
    record once this one has left. */
 typedef uint32_t LVListSlot;

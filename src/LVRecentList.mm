@@ -9,9 +9,6 @@
 
 namespace {
 
-// The sort type that orders by use; under every other one the oldest record makes room.
-const int LVSortByAccesses = 2;
-
 struct Entry {
     LorvaneMailbox *record = nil;   // retained while listed
     id<LVMailboxUid> mailbox = nil; // the record's mailbox when it was listed
@@ -21,6 +18,13 @@ struct Entry {
     uint32_t touches = 0;
     int64_t position = 0;           // orders it in the list while positionEpoch is current
     uint64_t positionEpoch = 0;
+};
+
+// A record's place in the eviction order, its key beside it so that searching touches only
+// the order itself.
+struct Filed {
+    double key;
+    LVListSlot slot;
 };
 
 struct Listing {
@@ -36,8 +40,10 @@ struct LVRecentListState {
     std::vector<LVListSlot> freeSlots;
     std::vector<LVListSlot> order;       // the list, front first
     // The eviction order, while `evictionCurrent`: key descending, then list order.
-    std::vector<LVListSlot> eviction;
+    std::vector<Filed> eviction;
     bool evictionCurrent = true;
+    // The list stands in the eviction order itself: making room needs no copy of it.
+    bool inEvictionOrder = true;
     std::unordered_map<const void *, Listing> listings;
     size_t mailboxesListedTwice = 0;
     size_t recordsWithoutMailbox = 0;
@@ -92,12 +98,12 @@ struct LVRecentListState {
         positionsCurrent = false;
     }
 
-    bool ranksBefore(LVListSlot a, LVListSlot b)
+    bool ranksBefore(const Filed &a, const Filed &b)
     {
-        if (entries[a].key != entries[b].key)
-            return entries[a].key > entries[b].key;
+        if (a.key != b.key)
+            return a.key > b.key;
         ensurePositions();
-        return entries[a].position < entries[b].position;
+        return entries[a.slot].position < entries[b.slot].position;
     }
 
     // The eviction order exists only for an indexable list; it is made again when one becomes
@@ -108,34 +114,54 @@ struct LVRecentListState {
             return false;
         if (evictionCurrent)
             return true;
-        eviction = order;
-        std::stable_sort(eviction.begin(), eviction.end(), [this](LVListSlot a, LVListSlot b) {
-            return entries[a].key > entries[b].key;
-        });
+        eviction.clear();
+        for (LVListSlot slot : order)
+            eviction.push_back(Filed{ entries[slot].key, slot });
+        std::stable_sort(eviction.begin(), eviction.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
         evictionCurrent = true;
+        inEvictionOrder = false;
         return true;
     }
 
-    void fileForEviction(LVListSlot slot)
+    // A newcomer at the front of the list goes before every record that shares its key, so
+    // the newest record, the usual one, takes the first place without a search.
+    void fileForEviction(LVListSlot slot, bool atFront)
     {
         if (!evictionCurrent || !indexable())
             return;
-        auto place = std::lower_bound(eviction.begin(), eviction.end(), slot,
-                                      [this](LVListSlot filed, LVListSlot newcomer) { return ranksBefore(filed, newcomer); });
-        eviction.insert(place, slot);
+        Filed filed = { entries[slot].key, slot };
+        if (atFront && (eviction.empty() || filed.key >= eviction.front().key)) {
+            eviction.insert(eviction.begin(), filed);
+            return;
+        }
+        inEvictionOrder = false;
+        auto place = std::lower_bound(eviction.begin(), eviction.end(), filed,
+                                      [this](const Filed &placed, const Filed &newcomer) { return ranksBefore(placed, newcomer); });
+        eviction.insert(place, filed);
     }
 
-    // Found by its key, then by identity among the records that share it.
+    // Found by its key, then by identity among the records that share it; the record eviction
+    // drops is the last one.
     void unfileForEviction(LVListSlot slot)
     {
         if (!evictionCurrent || !indexable())
             return;
+        if (!eviction.empty() && eviction.back().slot == slot) {
+            eviction.pop_back();
+            return;
+        }
         double key = entries[slot].key;
-        auto first = std::lower_bound(eviction.begin(), eviction.end(), key,
-                                      [this](LVListSlot filed, double wanted) { return entries[filed].key > wanted; });
-        auto found = std::find(first, eviction.end(), slot);
+        auto first = std::lower_bound(eviction.begin(), eviction.end(), key, [](const Filed &placed, double wanted) { return placed.key > wanted; });
+        auto found = std::find_if(first, eviction.end(), [slot](const Filed &placed) { return placed.slot == slot; });
         if (found != eviction.end())
             eviction.erase(found);
+    }
+
+    void takeEvictionOrder()
+    {
+        for (size_t index = 0; index < order.size(); index++)
+            order[index] = eviction[index].slot;
+        inEvictionOrder = true;
     }
 
     void countKey(const Entry &entry, int delta)
@@ -228,7 +254,9 @@ struct LVRecentListState {
         placeNewPosition(entry, index);
         if (evictionCurrent && !indexable())
             evictionCurrent = false;
-        fileForEviction(slot);
+        if (index != 0)
+            inEvictionOrder = false;
+        fileForEviction(slot, index == 0);
     }
 
     void placeNewPosition(Entry &entry, size_t index)
@@ -274,7 +302,8 @@ struct LVRecentListState {
         entry.touches++;
         if (wasIndexable && !indexable())
             evictionCurrent = false;
-        fileForEviction(slot);
+        inEvictionOrder = false;
+        fileForEviction(slot, false);
     }
 
     void removeAll()
@@ -288,6 +317,7 @@ struct LVRecentListState {
         order.clear();
         eviction.clear();
         evictionCurrent = true;
+        inEvictionOrder = true;
         listings.clear();
         mailboxesListedTwice = recordsWithoutMailbox = recordsWithoutKey = 0;
         forgetPositions();
@@ -302,10 +332,10 @@ struct LVRecentListState {
         ensurePositions();
         for (auto run = eviction.begin(); run != eviction.end();) {
             auto end = run + 1;
-            while (end != eviction.end() && entries[*end].key == entries[*run].key)
+            while (end != eviction.end() && end->key == run->key)
                 end++;
             if (end - run > 1)
-                std::sort(run, end, [this](LVListSlot a, LVListSlot b) { return entries[a].position < entries[b].position; });
+                std::sort(run, end, [this](const Filed &a, const Filed &b) { return entries[a.slot].position < entries[b.slot].position; });
             run = end;
         }
     }
@@ -515,10 +545,10 @@ static SEL evictionComparator(int sortType)
         [self sortUsingSelector:evictionComparator(_state->sortType)];
         return;
     }
-    if (_state->order == _state->eviction)
+    if (_state->inEvictionOrder)
         return;
     _mutations++;
-    _state->order = _state->eviction;
+    _state->takeEvictionOrder();
     _state->forgetPositions();
 }
 
@@ -544,6 +574,7 @@ static SEL evictionComparator(int sortType)
         return;
     _mutations++;
     _state->order.assign(slots, slots + count);
+    _state->inEvictionOrder = false;
     _state->forgetPositions();
     _state->reorderTiesForEviction();
 }

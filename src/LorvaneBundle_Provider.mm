@@ -26,9 +26,6 @@ static const unsigned int LVGestaltSystemVersion = 0x73797376;
 // 10.6.0 in Gestalt's one-digit-per-nibble form; anything older lacks what Mail's hooks need.
 static const int LVOldestSupportedSystem = 0x1060;
 
-static const int LVSortByDate = 1;
-static const int LVSortByAccesses = 2;
-
 #pragma mark - Helpers
 
 static NSArray *activeAccounts(void)
@@ -173,6 +170,10 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 - (void)lv_createPremadeRecentItems;
 - (void)lv_finishRecentSubmenus;
 - (NSMenuItem *)lv_addClearItemToSubmenu:(NSMenu *)submenu;
+@end
+
+@interface LorvaneBundle_Provider (LVContextualMenu)
+- (NSMenuItem *)lv_placeContextualItemTitled:(NSString *)title action:(SEL)action below:(SEL)above inMenu:(NSMenu *)menu orLogLine:(NSString *)logLine;
 @end
 
 @interface LorvaneBundle_Provider (LVFamilies)
@@ -468,8 +469,9 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
     if (relativePath != nil)
         [path setString:relativePath];
 
+    static Class imapAccountClass = Nil;
     id account = [uid ancestralAccount];
-    Class imapAccountClass = LVMailClass("IMAPAccount");
+    LVKeptMailClass(&imapAccountClass, "IMAPAccount");
     if (imapAccountClass == Nil || ![account isKindOfClass:imapAccountClass])
         return path;
     NSString *prefix = [(id<LVIMAPAccount>)account serverPathPrefix];
@@ -544,32 +546,33 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 // submenus under the existing contextual items again; they insert nothing.
 - (void)createContextualSubmenusUnderMenu:(NSMenu *)menu
 {
-    if (_menusOK && _moveToRecentContextualMenuItem == nil) {
-        _moveToRecentContextualMenuItem = [LVBundleUtilities newMenuItemWithTitle:_moveToRecentMenuTitle
-                                                                           action:@selector(moveToRecentFromContextualSubmenu:)
-                                                                 andKeyEquivalent:@""
-                                                                           inMenu:menu
-                                                            underItemWithSelector:@selector(moveMessagesToMailbox:)];
-        if (_moveToRecentContextualMenuItem == nil) {
-            NSLog(@"[Lorvane] Failed to set Move to Recent contextual menu.");
-            _menusOK = NO;
-        }
-    }
-    if (_menusOK && _copyToRecentContextualMenuItem == nil) {
-        _copyToRecentContextualMenuItem = [LVBundleUtilities newMenuItemWithTitle:_copyToRecentMenuTitle
-                                                                           action:@selector(copyToRecentFromContextualSubmenu:)
-                                                                 andKeyEquivalent:@""
-                                                                           inMenu:menu
-                                                            underItemWithSelector:@selector(moveToRecentFromContextualSubmenu:)];
-        if (_copyToRecentContextualMenuItem == nil) {
-            NSLog(@"[Lorvane] Failed to set Copy to Recent contextual menu.");
-            _menusOK = NO;
-        }
-    }
+    if (_menusOK && _moveToRecentContextualMenuItem == nil)
+        _moveToRecentContextualMenuItem = [self lv_placeContextualItemTitled:_moveToRecentMenuTitle
+                                                                       action:@selector(moveToRecentFromContextualSubmenu:)
+                                                                        below:@selector(moveMessagesToMailbox:)
+                                                                       inMenu:menu
+                                                                    orLogLine:@"[Lorvane] Failed to set Move to Recent contextual menu."];
+    if (_menusOK && _copyToRecentContextualMenuItem == nil)
+        _copyToRecentContextualMenuItem = [self lv_placeContextualItemTitled:_copyToRecentMenuTitle
+                                                                       action:@selector(copyToRecentFromContextualSubmenu:)
+                                                                        below:@selector(moveToRecentFromContextualSubmenu:)
+                                                                       inMenu:menu
+                                                                    orLogLine:@"[Lorvane] Failed to set Copy to Recent contextual menu."];
     if (!_menusOK)
         return;
     [_moveToRecentContextualMenuItem setSubmenu:_moveToRecentContextualSubmenu];
     [_copyToRecentContextualMenuItem setSubmenu:_copyToRecentContextualSubmenu];
+}
+
+// A contextual item that cannot be placed stops all menu work, the menu bar's included.
+- (NSMenuItem *)lv_placeContextualItemTitled:(NSString *)title action:(SEL)action below:(SEL)above inMenu:(NSMenu *)menu orLogLine:(NSString *)logLine
+{
+    NSMenuItem *item = [LVBundleUtilities newMenuItemWithTitle:title action:action andKeyEquivalent:@"" inMenu:menu underItemWithSelector:above];
+    if (item == nil) {
+        NSLog(@"%@", logLine);
+        _menusOK = NO;
+    }
+    return item;
 }
 
 #pragma mark The menu families
