@@ -572,6 +572,25 @@ void BM_StartupInit(benchmark::State &state)
 }
 BENCHMARK(BM_StartupInit)->Apply(startupSizes)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(20);
 
+void BM_FirstOpening(benchmark::State &state)
+{
+    int mailboxes = (int)state.range(0);
+    int records = (int)state.range(1);
+    Store store = storeOfSize(mailboxes);
+    useStore(store);
+    for (auto _ : state) {
+        state.PauseTiming();
+        LorvaneBundle_Provider *provider = newProvider(records, firstBoxes(store, records));
+        NSMenu *menu = [provider moveToRecentSubmenu];
+        state.ResumeTiming();
+        [menu update];
+        state.PauseTiming();
+        retireProvider(provider);
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(BM_FirstOpening)->Args({ 10000, 50 })->Args({ 50000, 500 })->Unit(benchmark::kMillisecond)->Iterations(10);
+
 // Loading the bundle happens once per process: timed by loadPlugin(), before any benchmark, for
 // a 10,000-mailbox store and a 50-record file, and reported here.
 double bundleLoadSeconds;

@@ -22,4 +22,7 @@
 /* Shows these rows, at most one per item of `items`, the family's pre-made items. */
 - (void)showRows:(const LVMenuRow *)rows count:(NSUInteger)count items:(NSArray *)items;
 
+/* Enables or disables one of its items, taking it out for the change when the state changes. */
+- (void)setItem:(NSMenuItem *)item enabled:(BOOL)enabled;
+
 @end

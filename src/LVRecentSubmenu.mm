@@ -246,4 +246,20 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
     applyEdit(self, *_shown, rows, count, oldKept, newKept, items);
 }
 
+- (void)setItem:(NSMenuItem *)item enabled:(BOOL)enabled
+{
+    if ([item isEnabled] == enabled)
+        return;
+    NSInteger index = [self indexOfItem:item];
+    if (index < 0) {
+        [item setEnabled:enabled];
+        return;
+    }
+    [item retain];
+    [self removeItemAtIndex:index];
+    [item setEnabled:enabled];
+    [self insertItem:item atIndex:index];
+    [item release];
+}
+
 @end

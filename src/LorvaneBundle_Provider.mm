@@ -754,16 +754,12 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 }
 
 // Runs even when the recent items could not be rebuilt: "Clear Menu" always tells whether
-// there is anything to clear. An item told its current state again still makes GNUstep lay
-// its menu out anew: only a change is passed on.
+// there is anything to clear. Only a change is passed on, and made as for a recent item.
 - (void)lv_enableClearItems
 {
     BOOL listHasEntries = [_recentMailboxes count] != 0;
-    for (LVMenuFamily family : LVFamilyOrder) {
-        NSMenuItem *clearItem = [self lv_clearItemOfFamily:family];
-        if ([clearItem isEnabled] != listHasEntries)
-            [clearItem setEnabled:listHasEntries];
-    }
+    for (LVMenuFamily family : LVFamilyOrder)
+        [(LVRecentSubmenu *)[self lv_submenuOfFamily:family] setItem:[self lv_clearItemOfFamily:family] enabled:listHasEntries];
 }
 
 #pragma mark What the menus ask of Mail
