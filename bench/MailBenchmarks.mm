@@ -801,9 +801,9 @@ BENCHMARK(BM_LiteralPruneScan)->Arg(1000)->Arg(10000)->Unit(benchmark::kMicrosec
 
 // The other clients' design with the limit's time of last use noted for each of the
 // mailboxes, in Mail's Message menu, opened once.
-LBRebuildOnOpeningMenu *rebuildOnOpeningMenuAfterUses(int limit, NSArray *mailboxes)
+LBRebuildOnOpeningMenu *rebuildOnOpeningMenuAfterUses(int limit, NSArray *mailboxes, LBMailboxIdentity identity)
 {
-    LBRebuildOnOpeningMenu *recentMenu = [[LBRebuildOnOpeningMenu alloc] initWithLimit:(NSUInteger)limit];
+    LBRebuildOnOpeningMenu *recentMenu = [[LBRebuildOnOpeningMenu alloc] initWithLimit:(NSUInteger)limit identity:identity];
     placeInMessageMenu([recentMenu submenu]);
     for (id<LVMailboxUid> mailbox in mailboxes)
         [recentMenu noteTransferTo:mailbox];
@@ -822,36 +822,45 @@ void comparedStores(benchmark::internal::Benchmark *benchmark)
 // this shared machine. Their median openings are reported; an iteration's time is the sum.
 struct SideBySide {
     LorvaneBundle_Provider *provider;
-    LBRebuildOnOpeningMenu *recentMenu;
+    LBRebuildOnOpeningMenu *recentMenu;     // knows mailboxes by object
+    LBRebuildOnOpeningMenu *rescanMenu;     // knows mailboxes by path
     NSMenu *ours;
     NSMenu *theirs;
+    NSMenu *rescan;
     std::vector<double> ourOpenings;
     std::vector<double> theirOpenings;
+    std::vector<double> rescanOpenings;
 };
 
 SideBySide sideBySide(int entries, NSArray *mailboxes)
 {
     SideBySide menus;
     menus.provider = providerWithList(entries, mailboxes);
-    menus.recentMenu = rebuildOnOpeningMenuAfterUses(entries, mailboxes);
+    menus.recentMenu = rebuildOnOpeningMenuAfterUses(entries, mailboxes, LBKnownByObject);
+    menus.rescanMenu = rebuildOnOpeningMenuAfterUses(entries, mailboxes, LBKnownByPath);
     menus.ours = [menus.provider moveToRecentSubmenu];
     menus.theirs = [menus.recentMenu submenu];
+    menus.rescan = [menus.rescanMenu submenu];
     return menus;
 }
 
-void noteOpenings(benchmark::State &state, SideBySide &menus, double ours, double theirs)
+void noteOpenings(benchmark::State &state, SideBySide &menus, double ours, double theirs, double rescan)
 {
     menus.ourOpenings.push_back(ours);
     menus.theirOpenings.push_back(theirs);
-    state.SetIterationTime(ours + theirs);
+    menus.rescanOpenings.push_back(rescan);
+    state.SetIterationTime(ours + theirs + rescan);
 }
 
 void retireSideBySide(benchmark::State &state, SideBySide &menus)
 {
     state.counters["lorvane_median_s"] = median(menus.ourOpenings);
     state.counters["rebuild_on_opening_median_s"] = median(menus.theirOpenings);
+    state.counters["rescan_by_path_median_s"] = median(menus.rescanOpenings);
     removeFromSupermenu(menus.theirs);
+    removeFromSupermenu(menus.rescan);
     [menus.recentMenu release];
+    [menus.rescanMenu release];
     retireProvider(menus.provider);
 }
 
@@ -868,8 +877,10 @@ void BM_OpeningsAfterChangeSideBySide(benchmark::State &state)
     for (auto _ : state) {
         sendEvent([transfers objectAtIndex:next]);
         [menus.recentMenu noteTransferTo:[changing objectAtIndex:next]];
+        [menus.rescanMenu noteTransferTo:[changing objectAtIndex:next]];
         double ours = secondsFor([&] { [menus.ours update]; });
-        noteOpenings(state, menus, ours, secondsFor([&] { [menus.theirs update]; }));
+        double theirs = secondsFor([&] { [menus.theirs update]; });
+        noteOpenings(state, menus, ours, theirs, secondsFor([&] { [menus.rescan update]; }));
         if (++next == [changing count])
             next = 0;
     }
@@ -887,7 +898,8 @@ void BM_OpeningsUnchangedSideBySide(benchmark::State &state)
     SideBySide menus = sideBySide(entries, firstBoxes(store, entries));
     for (auto _ : state) {
         double ours = secondsPerOpeningInRun(menus.ours);
-        noteOpenings(state, menus, ours, secondsFor([&] { [menus.theirs update]; }));
+        double theirs = secondsFor([&] { [menus.theirs update]; });
+        noteOpenings(state, menus, ours, theirs, secondsFor([&] { [menus.rescan update]; }));
     }
     retireSideBySide(state, menus);
 }

@@ -13,6 +13,12 @@
 
 struct LBLastUseTable;
 
+/* How the yardstick knows a mailbox again at each opening: by the object Mail keeps for it
+   this session (cheaper than any client can be), or by the path that names it across
+   launches, which is what a client that keeps its list from one launch to the next must ask
+   Mail for, mailbox by mailbox. */
+typedef enum { LBKnownByObject, LBKnownByPath } LBMailboxIdentity;
+
 @interface LBRebuildOnOpeningMenu : NSObject <NSMenuDelegate>
 {
     struct LBLastUseTable *_lastUse;   // owned; a mailbox's time of last use, by mailbox
@@ -21,9 +27,10 @@ struct LBLastUseTable;
     NSMenu *_submenu;
     NSArray *_items;                   // made once; the first ones are in the submenu
     BOOL _rebuilding;                  // an opening is under way
+    LBMailboxIdentity _identity;
 }
 
-- (id)initWithLimit:(NSUInteger)limit;
+- (id)initWithLimit:(NSUInteger)limit identity:(LBMailboxIdentity)identity;
 
 /* The submenu the openings fill, with this object as its delegate; the caller places it. */
 - (NSMenu *)submenu;

@@ -7,6 +7,7 @@
 
 struct LBLastUseTable {
     std::unordered_map<const void *, unsigned long> times;
+    NSMutableDictionary *timesByPath = [[NSMutableDictionary alloc] init];    // of NSNumber
 };
 
 namespace {
@@ -31,6 +32,7 @@ bool nameBefore(const LastUse &left, const LastUse &right)
 } // namespace
 
 @interface LBRebuildOnOpeningMenu (Opening)
+- (unsigned long)lastUseOf:(id<LVMailboxUid>)mailbox;
 - (std::vector<LastUse>)mostRecentlyUsedMailboxes;
 - (void)showMailboxes:(const std::vector<LastUse> &)mailboxes;
 @end
@@ -42,11 +44,12 @@ bool nameBefore(const LastUse &left, const LastUse &right)
 
 @implementation LBRebuildOnOpeningMenu
 
-- (id)initWithLimit:(NSUInteger)limit
+- (id)initWithLimit:(NSUInteger)limit identity:(LBMailboxIdentity)identity
 {
     if (nil == (self = [super init]))
         return nil;
     _lastUse = new LBLastUseTable;
+    _identity = identity;
     _limit = limit;
     _submenu = [[NSMenu alloc] initWithTitle:@"Recent Mailboxes"];
     NSMutableArray *items = [NSMutableArray arrayWithCapacity:limit];
@@ -62,6 +65,7 @@ bool nameBefore(const LastUse &left, const LastUse &right)
 
 - (void)dealloc
 {
+    [_lastUse->timesByPath release];
     delete _lastUse;
     [_submenu setDelegate:nil];     // the menu may outlive this object
     [_submenu release];
@@ -76,7 +80,11 @@ bool nameBefore(const LastUse &left, const LastUse &right)
 
 - (void)noteTransferTo:(id<LVMailboxUid>)mailbox
 {
-    _lastUse->times[(const void *)mailbox] = ++_clock;
+    ++_clock;
+    if (_identity == LBKnownByPath)
+        [_lastUse->timesByPath setObject:[NSNumber numberWithUnsignedLong:_clock] forKey:[mailbox fullPath]];
+    else
+        _lastUse->times[(const void *)mailbox] = _clock;
 }
 
 // GNUstep asks again while the submenu's items are added or re-titled: those nested calls
@@ -102,15 +110,14 @@ bool nameBefore(const LastUse &left, const LastUse &right)
 - (std::vector<LastUse>)mostRecentlyUsedMailboxes
 {
     std::priority_queue<LastUse, std::vector<LastUse>, MoreRecent> kept;
-    const std::unordered_map<const void *, unsigned long> &times = _lastUse->times;
     for (id<LVMailAccount> account in [(Class<LVMailAccount>)LVMailClass("MailAccount") activeAccounts]) {
         for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
-            auto found = times.find((const void *)mailbox);
-            if (found == times.end())
+            unsigned long time = [self lastUseOf:mailbox];
+            if (time == 0)
                 continue;
-            if (kept.size() == _limit && !kept.empty() && found->second <= kept.top().time)
+            if (kept.size() == _limit && !kept.empty() && time <= kept.top().time)
                 continue;
-            kept.push(LastUse { mailbox, found->second });
+            kept.push(LastUse { mailbox, time });
             if (kept.size() > _limit)
                 kept.pop();
         }
@@ -120,6 +127,15 @@ bool nameBefore(const LastUse &left, const LastUse &right)
     for (; !kept.empty(); kept.pop())
         recent.push_back(kept.top());
     return recent;
+}
+
+// 0 for a mailbox never used.
+- (unsigned long)lastUseOf:(id<LVMailboxUid>)mailbox
+{
+    if (_identity == LBKnownByPath)
+        return [[_lastUse->timesByPath objectForKey:[mailbox fullPath]] unsignedLongValue];
+    auto found = _lastUse->times.find((const void *)mailbox);
+    return found != _lastUse->times.end() ? found->second : 0;
 }
 
 // The submenu holds one item per mailbox shown; items only move in or out when that
