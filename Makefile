@@ -6,7 +6,7 @@ FUZZ_SECONDS ?= 300
 # cmake --build runs make again; its "Entering directory" lines are only noise here.
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all deps configure build check demo run bench fuzz check-asan memcheck clean
+.PHONY: all deps configure build demo-build check demo run bench fuzz check-asan memcheck clean
 
 all: build
 
@@ -23,12 +23,16 @@ build: configure
 check: build
 	@./tools/run-tests.sh $(BUILD)
 
+# The demo needs only the plug-in and the stand-in Mail, not the tests or benchmarks.
+demo-build: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target Lorvane MailHost
+
 # The stand-in Mail with the plug-in playing a scripted day on the sample store.
-demo: build
+demo: demo-build
 	@./tools/demo.sh $(BUILD)
 
 # The same, on your own display, for trying it by hand.
-run: build
+run: demo-build
 	@./tools/run.sh $(BUILD)
 
 # Benchmarks of the plug-in inside the stand-in Mail.
