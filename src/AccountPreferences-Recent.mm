@@ -12,7 +12,7 @@ static IMP _old_accountsDidChange_IMP = NULL;
 {
     Class hostClass = LVMailClass("AccountPreferences");
     if (hostClass == Nil)
-        return;     // no account preferences in this Mail: nothing to patch
+        return; // no account preferences in this Mail: nothing to patch
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_accountsDidChange_IMP = [LVBundleUtilities swizzleInstanceMethod:@"accountsDidChange:" forClass:hostClass];
 }

@@ -37,7 +37,7 @@ typedef struct {
  */
 @interface LVMenuOrder : NSObject
 {
-    struct LVMenuOrderState *_state;   // owned
+    struct LVMenuOrderState *_state; // owned
 }
 
 /* Puts the list in the order the menus show under the sort type and gives its records their

@@ -18,10 +18,10 @@ namespace {
 // How the records compare by name: case folded, then collated for the user's locale, with the
 // exact spelling deciding between names the collation takes as equal.
 struct Name {
-    NSString *text = nil;       // retained
-    NSString *folded = nil;     // retained: the text in lower case
-    std::u16string spelling;    // what runs of equal names and the last tie-break compare
-    std::string key;            // the collation key of `folded`, when keys can be made
+    NSString *text = nil;    // retained
+    NSString *folded = nil;  // retained: the text in lower case
+    std::u16string spelling; // what runs of equal names and the last tie-break compare
+    std::string key;         // the collation key of `folded`, when keys can be made
 };
 
 struct Collation {
@@ -64,9 +64,9 @@ struct Collation {
         name.key.resize(64);
         for (;;) {
             int32_t length = ucol_getSortKey(collator, (const UChar *)folded.data(), (int32_t)folded.size(),
-                                             (uint8_t *)&name.key[0], (int32_t)name.key.size());
+                (uint8_t *)&name.key[0], (int32_t)name.key.size());
             if (length <= (int32_t)name.key.size()) {
-                name.key.resize(length > 0 ? (size_t)length - 1 : 0);  // without the final 0
+                name.key.resize(length > 0 ? (size_t)length - 1 : 0); // without the final 0
                 return;
             }
             name.key.resize((size_t)length);
@@ -118,13 +118,13 @@ struct Known {
     uint32_t touches = 0;
     LorvaneMailbox *record = nil;
     id<LVMailboxUid> mailbox = nil;
-    Name mailName;              // Mail's name of the mailbox: the first sort, and runs
-    Name shownName;             // the record's name in the menus: the sort by name
-    double sortKey = 0;         // newest or most used first, under those sort types
-    NSString *toolTip = nil;    // retained
-    NSImage *icon = nil;        // retained
-    bool needsFacts = false;    // tool tip and icon to be asked of Mail
-    bool needsPlace = false;    // to be placed again in the menu order
+    Name mailName;           // Mail's name of the mailbox: the first sort, and runs
+    Name shownName;          // the record's name in the menus: the sort by name
+    double sortKey = 0;      // newest or most used first, under those sort types
+    NSString *toolTip = nil; // retained
+    NSImage *icon = nil;     // retained
+    bool needsFacts = false; // tool tip and icon to be asked of Mail
+    bool needsPlace = false; // to be placed again in the menu order
 };
 
 int menuSortType(int sortType)
@@ -136,9 +136,9 @@ int menuSortType(int sortType)
 
 struct LVMenuOrderState {
     Collation collation;
-    std::vector<Known> known;                   // by slot
-    std::vector<LVListSlot> order;              // the menu order
-    std::vector<size_t> position;               // by slot: where the record stands in the list
+    std::vector<Known> known;      // by slot
+    std::vector<LVListSlot> order; // the menu order
+    std::vector<size_t> position;  // by slot: where the record stands in the list
     // Records whose mailboxes share Mail's name, by that name.
     std::unordered_map<std::u16string, std::vector<LVListSlot>> runs;
     std::unordered_set<std::u16string> runsToName;
@@ -360,8 +360,8 @@ struct LVMenuOrderState {
             }
         }
         order.erase(std::remove_if(order.begin(), order.end(),
-                                   [this](LVListSlot slot) { return !known[slot].live || known[slot].needsPlace; }),
-                    order.end());
+                        [this](LVListSlot slot) { return !known[slot].live || known[slot].needsPlace; }),
+            order.end());
         for (LVListSlot slot = 0; slot < known.size(); slot++) {
             Known &entry = known[slot];
             if (!entry.live || !entry.needsPlace)
@@ -440,7 +440,7 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     NSUInteger count = std::min((NSUInteger)_state->order.size(), capacity);
     for (NSUInteger index = 0; index < count; index++) {
         const Known &entry = _state->known[_state->order[index]];
-        rows[index] = LVMenuRow{ entry.record, entry.shownName.text, entry.toolTip, entry.icon };
+        rows[index] = LVMenuRow { entry.record, entry.shownName.text, entry.toolTip, entry.icon };
     }
     return count;
 }

@@ -24,8 +24,8 @@ NSString *LVUserLibraryFolder(void);
  */
 @interface LVPreferencesFile : NSObject
 {
-    NSData *_unreadBytes;     // the file as read at start-up, when it did not read
-    NSDictionary *_contents;  // what it held; nil when it held nothing readable
+    NSData *_unreadBytes;    // the file as read at start-up, when it did not read
+    NSDictionary *_contents; // what it held; nil when it held nothing readable
 }
 
 + (LVPreferencesFile *)userPreferencesFile;

@@ -57,9 +57,9 @@ static void appendXML(NSMutableString *xml, id value, NSString *indent)
 + (NSData *)XMLDataWithPropertyList:(id)plist
 {
     NSMutableString *xml = [NSMutableString stringWithString:@"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                                             "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-                                                             "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-                                                             "<plist version=\"1.0\">\n"];
+                                                              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+                                                              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+                                                              "<plist version=\"1.0\">\n"];
     appendXML(xml, plist, @"");
     [xml appendString:@"</plist>\n"];
     // A text Mail could hold but UTF-8 cannot (half a surrogate pair) loses that character,

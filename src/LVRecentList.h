@@ -26,7 +26,7 @@ typedef struct {
     uint32_t generation;
     uint32_t touches;
     LorvaneMailbox *record;
-    id<LVMailboxUid> mailbox;   // the record's mailbox when it was listed
+    id<LVMailboxUid> mailbox; // the record's mailbox when it was listed
 } LVListSlotState;
 
 /*
@@ -48,9 +48,9 @@ typedef struct {
  */
 @interface LVRecentList : NSMutableArray
 {
-    struct LVRecentListState *_state;   // owned
-    unsigned long _mutations;           // what fast enumeration watches
-    LVMenuOrder *_menuOrder;            // owned
+    struct LVRecentListState *_state; // owned
+    unsigned long _mutations;         // what fast enumeration watches
+    LVMenuOrder *_menuOrder;          // owned
 }
 
 - (id)initWithSortType:(int)sortType;

@@ -16,7 +16,7 @@ struct Entry {
     bool keyValid = true;           // NO for a record without a date where dates order the list
     uint32_t generation = 0;
     uint32_t touches = 0;
-    int64_t position = 0;           // orders it in the list while positionEpoch is current
+    int64_t position = 0; // orders it in the list while positionEpoch is current
     uint64_t positionEpoch = 0;
 };
 
@@ -28,7 +28,7 @@ struct Filed {
 };
 
 struct Listing {
-    LVListSlot slot;                // the first record, in list order, that holds the mailbox
+    LVListSlot slot; // the first record, in list order, that holds the mailbox
     uint32_t count;
 };
 
@@ -36,9 +36,9 @@ struct Listing {
 
 struct LVRecentListState {
     int sortType = 0;
-    std::vector<Entry> entries;          // by slot
+    std::vector<Entry> entries; // by slot
     std::vector<LVListSlot> freeSlots;
-    std::vector<LVListSlot> order;       // the list, front first
+    std::vector<LVListSlot> order; // the list, front first
     // The eviction order, while `evictionCurrent`: key descending, then list order.
     std::vector<Filed> eviction;
     bool evictionCurrent = true;
@@ -116,7 +116,7 @@ struct LVRecentListState {
             return true;
         eviction.clear();
         for (LVListSlot slot : order)
-            eviction.push_back(Filed{ entries[slot].key, slot });
+            eviction.push_back(Filed { entries[slot].key, slot });
         std::stable_sort(eviction.begin(), eviction.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
         evictionCurrent = true;
         inEvictionOrder = false;
@@ -136,7 +136,7 @@ struct LVRecentListState {
         }
         inEvictionOrder = false;
         auto place = std::lower_bound(eviction.begin(), eviction.end(), filed,
-                                      [this](const Filed &placed, const Filed &newcomer) { return ranksBefore(placed, newcomer); });
+            [this](const Filed &placed, const Filed &newcomer) { return ranksBefore(placed, newcomer); });
         eviction.insert(place, filed);
     }
 
@@ -178,7 +178,7 @@ struct LVRecentListState {
         }
         auto found = listings.find((const void *)entry.mailbox);
         if (found == listings.end()) {
-            listings[(const void *)entry.mailbox] = Listing{ slot, 1 };
+            listings[(const void *)entry.mailbox] = Listing { slot, 1 };
             return;
         }
         if (found->second.count++ == 1)
@@ -563,7 +563,7 @@ static SEL evictionComparator(int sortType)
     for (size_t index = 0; index < _state->order.size(); index++) {
         LVListSlot slot = _state->order[index];
         const Entry &entry = _state->entries[slot];
-        states[index] = LVListSlotState{ slot, entry.generation, entry.touches, entry.record, entry.mailbox };
+        states[index] = LVListSlotState { slot, entry.generation, entry.touches, entry.record, entry.mailbox };
     }
 }
 

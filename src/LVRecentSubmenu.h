@@ -16,7 +16,7 @@
  */
 @interface LVRecentSubmenu : NSMenu
 {
-    struct LVShownRows *_shown;   // owned
+    struct LVShownRows *_shown; // owned
 }
 
 /* Shows these rows, at most one per item of `items`, the family's pre-made items. */

@@ -5,13 +5,13 @@
 
 struct LVShownRows {
     struct Row {
-        LorvaneMailbox *record;     // not retained: the list holds it
-        NSString *title;            // retained, with the tool tip and icon
+        LorvaneMailbox *record; // not retained: the list holds it
+        NSString *title;        // retained, with the tool tip and icon
         NSString *toolTip;
         NSImage *icon;
-        NSUInteger item;            // which pre-made item shows it
+        NSUInteger item; // which pre-made item shows it
     };
-    std::vector<Row> rows;          // top to bottom
+    std::vector<Row> rows; // top to bottom
     std::vector<NSUInteger> freeItems;
     NSUInteger itemCount = 0;
 };
@@ -39,7 +39,7 @@ bool sameRow(const Shown &shown, const LVMenuRow &row)
 // them (Myers' greedy search, which costs in proportion to the rows that change); NO when
 // that edit is longer than the search goes.
 bool findShortestEdit(const Shown *old, int oldCount, const LVMenuRow *now, int newCount, std::vector<bool> &oldKept,
-                      std::vector<bool> &newKept)
+    std::vector<bool> &newKept)
 {
     int longest = std::min(oldCount + newCount, LVLargestSearchedEdit);
     std::vector<int> furthest(2 * (size_t)longest + 3, 0);
@@ -86,7 +86,7 @@ bool findShortestEdit(const Shown *old, int oldCount, const LVMenuRow *now, int 
 
 // The rows an edit keeps must be the same rows, in the same order, on both sides.
 bool keepsSameRows(const std::vector<Shown> &old, const std::vector<bool> &oldKept, const LVMenuRow *now,
-                   const std::vector<bool> &newKept)
+    const std::vector<bool> &newKept)
 {
     size_t x = 0, y = 0;
     for (;;) {
@@ -120,7 +120,7 @@ NSUInteger itemForRecord(LVShownRows &shown, LorvaneMailbox *record, std::vector
 // Rows go from the bottom up and come from the top down, so that each index still to be
 // used stays right.
 void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteger count, const std::vector<bool> &oldKept,
-               const std::vector<bool> &newKept, NSArray *items)
+    const std::vector<bool> &newKept, NSArray *items)
 {
     std::vector<LorvaneMailbox *> coming;
     for (size_t index = 0; index < count; index++) {

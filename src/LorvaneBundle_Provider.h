@@ -20,15 +20,15 @@
 {
     NSMenuItem *_moveToRecentMenuItem;
     NSMenuItem *_copyToRecentMenuItem;
-    NSMenuItem *_moveToRecentContextualMenuItem;    // nil until the first viewer's toolbar
-    NSMenuItem *_copyToRecentContextualMenuItem;    // nil until the first viewer's toolbar
+    NSMenuItem *_moveToRecentContextualMenuItem; // nil until the first viewer's toolbar
+    NSMenuItem *_copyToRecentContextualMenuItem; // nil until the first viewer's toolbar
     NSMenuItem *_goToRecentMenuItem;
     NSMenu *_moveToRecentSubmenu;
     NSMenu *_copyToRecentSubmenu;
     NSMenu *_moveToRecentContextualSubmenu;
     NSMenu *_copyToRecentContextualSubmenu;
     NSMenu *_goToRecentSubmenu;
-    NSMutableArray *_moveToRecentSubmenuItems;       // item i always stands for list entry i
+    NSMutableArray *_moveToRecentSubmenuItems; // item i always stands for list entry i
     NSMutableArray *_copyToRecentSubmenuItems;
     NSMutableArray *_moveToRecentContextualSubmenuItems;
     NSMutableArray *_copyToRecentContextualSubmenuItems;
@@ -42,15 +42,15 @@
     NSString *_copyToRecentMenuTitle;
     NSString *_goToRecentMenuTitle;
     NSString *_clearMenuTitle;
-    NSString *_gotoMenuTitle;        // Mail's own "Go To" submenu, found to place "Go to Recent"
-    int _sortType;                   // 0 by name, 1 newest first, 2 most used first
-    BOOL _excludeSpecialMailboxes;   // only user-made mailboxes enter the list
-    int _maxMailboxes;               // the system's "Number of Recent Items"; 0 disables the list
-    LVRecentList *_recentMailboxes;  // the mutable array of LorvaneMailbox records, front first
-    BOOL _updateMenu;                // the submenus are rebuilt before they next open
-    BOOL _removeDeletedMailboxes;    // the list is pruned before the submenus next open
-    BOOL _menusOK;                   // every menu step so far succeeded
-    id _frontmostMessageViewer;      // not retained: the viewer whose window last became main
+    NSString *_gotoMenuTitle;       // Mail's own "Go To" submenu, found to place "Go to Recent"
+    int _sortType;                  // 0 by name, 1 newest first, 2 most used first
+    BOOL _excludeSpecialMailboxes;  // only user-made mailboxes enter the list
+    int _maxMailboxes;              // the system's "Number of Recent Items"; 0 disables the list
+    LVRecentList *_recentMailboxes; // the mutable array of LorvaneMailbox records, front first
+    BOOL _updateMenu;               // the submenus are rebuilt before they next open
+    BOOL _removeDeletedMailboxes;   // the list is pruned before the submenus next open
+    BOOL _menusOK;                  // every menu step so far succeeded
+    id _frontmostMessageViewer;     // not retained: the viewer whose window last became main
     NSBundle *_thisBundle;
 }
 

@@ -132,7 +132,11 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 // The five recent submenus, each with its top item, pre-made items and "Clear Menu".
 // Most passes visit them in one order; filling them and adding the separators keep
 // orders of their own.
-enum LVMenuFamily { LVMoveFamily, LVCopyFamily, LVGoToFamily, LVMoveContextualFamily, LVCopyContextualFamily };
+enum LVMenuFamily { LVMoveFamily,
+    LVCopyFamily,
+    LVGoToFamily,
+    LVMoveContextualFamily,
+    LVCopyContextualFamily };
 static const LVMenuFamily LVFamilyOrder[] = { LVMoveFamily, LVCopyFamily, LVMoveContextualFamily, LVCopyContextualFamily, LVGoToFamily };
 static const LVMenuFamily LVFamilyFillingOrder[] = { LVMoveFamily, LVCopyFamily, LVGoToFamily, LVMoveContextualFamily, LVCopyContextualFamily };
 static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveContextualFamily, LVCopyFamily, LVCopyContextualFamily, LVGoToFamily };
@@ -516,7 +520,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 - (id)init
 {
     if (!initOK)
-        return self;    // loading already failed: stay inert, and do not become the singleton
+        return self; // loading already failed: stay inert, and do not become the singleton
     _activeLorvaneBundle_Provider = self;
     _thisBundle = [[NSBundle bundleWithIdentifier:LVBundleIdentifier] retain];
     _menusOK = YES;
@@ -548,16 +552,16 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 {
     if (_menusOK && _moveToRecentContextualMenuItem == nil)
         _moveToRecentContextualMenuItem = [self lv_placeContextualItemTitled:_moveToRecentMenuTitle
-                                                                       action:@selector(moveToRecentFromContextualSubmenu:)
-                                                                        below:@selector(moveMessagesToMailbox:)
-                                                                       inMenu:menu
-                                                                    orLogLine:@"[Lorvane] Failed to set Move to Recent contextual menu."];
+                                                                      action:@selector(moveToRecentFromContextualSubmenu:)
+                                                                       below:@selector(moveMessagesToMailbox:)
+                                                                      inMenu:menu
+                                                                   orLogLine:@"[Lorvane] Failed to set Move to Recent contextual menu."];
     if (_menusOK && _copyToRecentContextualMenuItem == nil)
         _copyToRecentContextualMenuItem = [self lv_placeContextualItemTitled:_copyToRecentMenuTitle
-                                                                       action:@selector(copyToRecentFromContextualSubmenu:)
-                                                                        below:@selector(moveToRecentFromContextualSubmenu:)
-                                                                       inMenu:menu
-                                                                    orLogLine:@"[Lorvane] Failed to set Copy to Recent contextual menu."];
+                                                                      action:@selector(copyToRecentFromContextualSubmenu:)
+                                                                       below:@selector(moveToRecentFromContextualSubmenu:)
+                                                                      inMenu:menu
+                                                                   orLogLine:@"[Lorvane] Failed to set Copy to Recent contextual menu."];
     if (!_menusOK)
         return;
     [_moveToRecentContextualMenuItem setSubmenu:_moveToRecentContextualSubmenu];
@@ -728,8 +732,8 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
         if (uid == nil)
             NSLog(@"[Lorvane:updateMenus] invalid recentMailbox UID while updating menus.");
         else if (k < itemCount)
-            rows.push_back(LVMenuRow{ record, [[([record displayName] ?: @"[error: NULL mailboxName]") copy] autorelease],
-                                      [self lv_toolTipForUid:uid], [mailboxesController iconForMailboxUid:uid smallSize:YES] });
+            rows.push_back(LVMenuRow { record, [[([record displayName] ?: @"[error: NULL mailboxName]") copy] autorelease],
+                [self lv_toolTipForUid:uid], [mailboxesController iconForMailboxUid:uid smallSize:YES] });
         k++;
     }
     [self lv_showRows:rows.data() count:rows.size()];

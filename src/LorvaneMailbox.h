@@ -10,10 +10,10 @@
  */
 @interface LorvaneMailbox : NSObject <NSCopying>
 {
-    id<LVMailboxUid> _uid;           // not retained
+    id<LVMailboxUid> _uid; // not retained
     int _accesses;
-    NSDate *_date;                   // owned; nil only if a saved date did not parse
-    NSMutableString *_displayName;   // owned; made once by -init, only its text changes
+    NSDate *_date;                 // owned; nil only if a saved date did not parse
+    NSMutableString *_displayName; // owned; made once by -init, only its text changes
 }
 
 - (id)init;
@@ -42,4 +42,3 @@
 - (void)printf;
 
 @end
-

@@ -12,7 +12,7 @@ static IMP _old_deleteMailbox_IMP = NULL;
 {
     Class hostClass = LVMailClass("MailAccount");
     if (hostClass == Nil)
-        return;     // no accounts in this Mail: nothing to patch
+        return; // no accounts in this Mail: nothing to patch
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_deleteMailbox_IMP = [LVBundleUtilities swizzleInstanceMethod:@"deleteMailbox:reflectToServer:" forClass:hostClass];
 }
@@ -25,7 +25,7 @@ static IMP _old_deleteMailbox_IMP = NULL;
     [[LorvaneBundle_Provider activeLorvaneBundle_Provider] signalUpdateMenu];
     if (_old_deleteMailbox_IMP == NULL)
         return NO;
-    BOOL deleted = ((BOOL (*)(id, SEL, id, BOOL))_old_deleteMailbox_IMP)(self, _cmd, mailbox, reflectToServer);
+    BOOL deleted = ((BOOL(*)(id, SEL, id, BOOL))_old_deleteMailbox_IMP)(self, _cmd, mailbox, reflectToServer);
     return deleted ? YES : NO;
 }
 

@@ -12,7 +12,7 @@ static IMP _old_applicationWillTerminate_IMP = NULL;
 {
     Class hostClass = LVMailClass("MailApp");
     if (hostClass == Nil)
-        return;     // no Mail application class: nothing to patch
+        return; // no Mail application class: nothing to patch
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_applicationWillTerminate_IMP = [LVBundleUtilities swizzleInstanceMethod:@"applicationWillTerminate:" forClass:hostClass];
 }

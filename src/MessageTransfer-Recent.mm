@@ -15,7 +15,7 @@ static IMP _old_setDelegate_IMP = NULL;
 static BOOL hasAccessorPreferredToField(Class transferClass)
 {
     static const char *const accessors[] = { "get_operations", "_operations", "is_operations", "_get_operations",
-                                             "__operations", "countOf_operations" };
+        "__operations", "countOf_operations" };
     for (const char *accessor : accessors) {
         if (class_getInstanceMethod(transferClass, sel_registerName(accessor)) != NULL)
             return YES;
@@ -73,7 +73,7 @@ static LorvaneBundle_Provider *activeProvider(void)
 {
     Class hostClass = LVMailClass("MessageTransfer");
     if (hostClass == Nil)
-        return;     // no transfers in this Mail: nothing to patch
+        return; // no transfers in this Mail: nothing to patch
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_setDelegate_IMP = [LVBundleUtilities swizzleInstanceMethod:@"setDelegate:" forClass:hostClass];
     examinedTransferClass = hostClass;

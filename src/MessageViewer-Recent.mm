@@ -36,7 +36,7 @@ static void transferChosenItem(id viewer, id sender, NSMenu *submenu, BOOL delet
     int index = (int)[submenu indexOfItem:sender];
     NSString *title = [sender title];
     if (index < 0)
-        return;     // not one of this submenu's items: no entry to act on
+        return; // not one of this submenu's items: no entry to act on
     [viewer transferToRecent:sender withIndex:index andTitle:title andDeleteOriginals:deleteOriginals];
 }
 
@@ -46,7 +46,7 @@ static void transferChosenItem(id viewer, id sender, NSMenu *submenu, BOOL delet
 {
     Class hostClass = LVMailClass("MessageViewer");
     if (hostClass == Nil)
-        return;     // no viewers in this Mail: nothing to patch, no actions to answer
+        return; // no viewers in this Mail: nothing to patch, no actions to answer
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_mailboxWasRenamed_IMP = [LVBundleUtilities swizzleInstanceMethod:@"_mailboxWasRenamed:" forClass:hostClass];
     _old_windowDidBecomeMain_IMP = [LVBundleUtilities swizzleInstanceMethod:@"windowDidBecomeMain:" forClass:hostClass];
@@ -103,7 +103,7 @@ static void transferChosenItem(id viewer, id sender, NSMenu *submenu, BOOL delet
 {
     int index = (int)[[[LorvaneBundle_Provider activeLorvaneBundle_Provider] goToRecentSubmenu] indexOfItem:sender];
     if (index < 0)
-        return;     // not one of the submenu's items: no entry to show
+        return; // not one of the submenu's items: no entry to show
     id<LVMailboxUid> uid = [[LorvaneBundle_Provider activeLorvaneBundle_Provider] getRecentMailboxUidAtIndex:index];
     id<LVMessageViewer> frontmostViewer = [[LorvaneBundle_Provider activeLorvaneBundle_Provider] frontmostMessageViewer];
     // An entry without a mailbox selects nothing rather than raising inside Mail's menu handling.

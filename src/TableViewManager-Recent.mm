@@ -8,7 +8,7 @@
 {
     Class hostClass = LVMailClass("TableViewManager");
     if (hostClass == Nil)
-        return;     // no message list manager in this Mail: no contextual submenus
+        return; // no message list manager in this Mail: no contextual submenus
     [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
 }
 

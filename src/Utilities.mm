@@ -77,7 +77,7 @@ static Class classDefiningMethod(Class aClass, Method method)
 {
     Class subclass = objc_allocateClassPair(superclass, [className UTF8String], 0);
     if (subclass == Nil)
-        return nil;     // the name is taken: that class is someone else's, leave it alone
+        return nil; // the name is taken: that class is someone else's, leave it alone
 
     unsigned int ivarCount = 0;
     Ivar *ivars = class_copyIvarList(providerClass, &ivarCount);
@@ -93,7 +93,7 @@ static Class classDefiningMethod(Class aClass, Method method)
         // they need. Harmless: the copied methods keep the provider's own field offsets.
         if (!class_addIvar(subclass, name, size, (unsigned char)(alignment & 0xFF), type)) {
             NSLog(@"could not add iVar %s", name);
-            return nil;     // the half-made class is never registered, so nothing can use it
+            return nil; // the half-made class is never registered, so nothing can use it
         }
     }
     free(ivars);
