@@ -153,7 +153,7 @@ protected:
         [saved setObject:chance(0.05) ? @"/nowhere/at/all" : [mailbox fullPath] forKey:@"FullPath"];
         if (!chance(0.1))
             [saved setObject:@(1 + (int)below(6)) forKey:@"Accesses"];
-        NSString *date = [[NSDate dateWithTimeIntervalSinceReferenceDate:replayNow - 60.0 * (double)below(4)] description];
+        NSString *date = savedDate(replayNow - 60.0 * (double)below(4));
         double kind = std::uniform_real_distribution<double>(0, 1)(random);
         if (kind < 0.75)
             [saved setObject:date forKey:@"Date"];
@@ -162,6 +162,17 @@ protected:
         else if (kind < 0.9)
             [saved setObject:@"last Tuesday" forKey:@"Date"];
         return saved;
+    }
+
+    // As NSDate writes it, or as a hand-edited file may have it, in another time zone.
+    NSString *savedDate(NSTimeInterval when)
+    {
+        static const int offsets[] = { 0, 0, 0, 330, -480, 60, -30 };
+        int minutes = offsets[below(sizeof offsets / sizeof offsets[0])];
+        NSTimeZone *zone = [NSTimeZone timeZoneForSecondsFromGMT:minutes * 60];
+        NSCalendarDate *date = [NSCalendarDate dateWithTimeIntervalSinceReferenceDate:when];
+        [date setTimeZone:zone];
+        return [date descriptionWithCalendarFormat:@"%Y-%m-%d %H:%M:%S %z"];
     }
 
     NSDictionary *preferencesFile(int sortType)
@@ -240,6 +251,16 @@ protected:
             return;
         [viewer transferSelectedMessagesToMailbox:destination deleteOriginals:YES];
         [oracle addOrTouch:destination];
+    }
+
+    // Several messages filed before any menu opens, as a user files a morning's mail.
+    void burstOfTransfers()
+    {
+        for (NSUInteger i = 2 + below(6); i > 0; i--) {
+            transfer();
+            if (chance(0.5))
+                tickClock();
+        }
     }
 
     void openSubmenu()
@@ -440,7 +461,8 @@ protected:
     const WeightedStep &pickStep()
     {
         static const WeightedStep steps[] = {
-            { "transfer", 35, &Replay::transfer },     { "opening", 22, &Replay::openSubmenu },
+            { "transfer", 30, &Replay::transfer },     { "burst", 6, &Replay::burstOfTransfers },
+            { "opening", 22, &Replay::openSubmenu },
             { "choice", 10, &Replay::chooseItem },     { "clock", 12, &Replay::tickClock },
             { "new mailbox", 6, &Replay::addMailbox }, { "rename", 5, &Replay::renameMailbox },
             { "deletion", 4, &Replay::deleteMailbox }, { "accounts", 3, &Replay::changeAccounts },
