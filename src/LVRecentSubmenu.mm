@@ -84,6 +84,72 @@ bool findShortestEdit(const Shown *old, int oldCount, const LVMenuRow *now, int 
     return false;
 }
 
+// The item a newcomer shows: a record that goes and comes back keeps its own, any other
+// takes a free one.
+NSUInteger itemForRecord(LVShownRows &shown, LorvaneMailbox *record, std::vector<Shown> &returning)
+{
+    for (auto row = returning.begin(); row != returning.end(); ++row) {
+        if (row->record == record) {
+            NSUInteger item = row->item;
+            returning.erase(row);
+            return item;
+        }
+    }
+    NSUInteger item = shown.freeItems.back();
+    shown.freeItems.pop_back();
+    return item;
+}
+
+// Rows go from the bottom up and come from the top down, so that each index still to be
+// used stays right.
+void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteger count, const std::vector<bool> &oldKept,
+    const std::vector<bool> &newKept, NSArray *items)
+{
+    std::vector<LorvaneMailbox *> coming;
+    for (size_t index = 0; index < count; index++) {
+        if (!newKept[index])
+            coming.push_back(rows[index].record);
+    }
+    std::vector<Shown> gone, returning, staying;
+    for (size_t index = shown.rows.size(); index-- > 0;) {
+        const Shown &row = shown.rows[index];
+        if (oldKept[index]) {
+            staying.push_back(row);
+            continue;
+        }
+        [menu removeItemAtIndex:(NSInteger)index];
+        gone.push_back(row);
+        if (std::find(coming.begin(), coming.end(), row.record) != coming.end())
+            returning.push_back(row);
+        else
+            shown.freeItems.push_back(row.item);
+    }
+    std::reverse(staying.begin(), staying.end());
+    std::vector<Shown> now;
+    now.reserve(count);
+    size_t nextStaying = 0;
+    for (size_t index = 0; index < count; index++) {
+        if (newKept[index]) {
+            now.push_back(staying[nextStaying++]);
+            continue;
+        }
+        const LVMenuRow &row = rows[index];
+        Shown added = { row.record, [row.title retain], [row.toolTip retain], [row.icon retain], itemForRecord(shown, row.record, returning) };
+        NSMenuItem *item = [items objectAtIndex:added.item];
+        [item setToolTip:added.toolTip];
+        [item setTitle:added.title];
+        [item setImage:added.icon];
+        [menu insertItem:item atIndex:(NSInteger)index];
+        now.push_back(added);
+    }
+    for (Shown &row : gone) {
+        [row.title release];
+        [row.toolTip release];
+        [row.icon release];
+    }
+    shown.rows.swap(now);
+}
+
 } // namespace
 
 @interface LVRecentSubmenu (LVRows)
