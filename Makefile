@@ -35,9 +35,11 @@ demo: demo-build
 run: demo-build
 	@./tools/run.sh $(BUILD)
 
-# Benchmarks of the plug-in inside the stand-in Mail.
-bench: build
-	@./tools/bench.sh $(BUILD)
+# Benchmarks of the plug-in inside the stand-in Mail, from an optimised build of their own.
+RELEASE_BUILD ?= build-release
+bench:
+	@$(MAKE) build BUILD=$(RELEASE_BUILD) CMAKE_FLAGS=-DCMAKE_BUILD_TYPE=Release
+	@./tools/bench.sh $(RELEASE_BUILD)
 
 # The files Lorvane reads, fuzzed FUZZ_SECONDS per target; failing inputs go to fuzz/regressions.
 fuzz: build

@@ -1,11 +1,11 @@
 #!/bin/sh
 # Runs the benchmarks of the plug-in inside the stand-in Mail on a virtual display: first
 # Mail alone, then Mail with the plug-in loaded from the built bundle (and, beside it, the
-# yardsticks it is compared with). Prints both tables and a summary against the goals,
-# writes bench/results/latest.json and, with matplotlib, scaling.png.
+# yardsticks it is compared with). Writes bench/results/latest.json, docs/performance.md and,
+# with matplotlib, bench/results/scaling.png.
 set -e
 started=$(date +%s)
-build="${1:-build}"
+build="${1:-build-release}"
 root="$(cd "$(dirname "$0")/.." && pwd)"
 results="$root/bench/results"
 for program in lorvane_bench_baseline lorvane_bench; do
