@@ -41,9 +41,10 @@ bench:
 	@$(MAKE) build BUILD=$(RELEASE_BUILD) CMAKE_FLAGS=-DCMAKE_BUILD_TYPE=Release
 	@./tools/bench.sh $(RELEASE_BUILD)
 
-# The files Lorvane reads, fuzzed FUZZ_SECONDS per target; failing inputs go to fuzz/regressions.
+# The files Lorvane reads, fuzzed FUZZ_SECONDS per target (or FUZZ_RUNS inputs; FUZZ_FROM=empty
+# starts from nothing); failing inputs go to fuzz/regressions.
 fuzz: build
-	@FUZZ_SECONDS=$(FUZZ_SECONDS) ./tools/fuzz.sh $(BUILD)
+	@FUZZ_SECONDS=$(FUZZ_SECONDS) FUZZ_RUNS=$(FUZZ_RUNS) FUZZ_FROM=$(FUZZ_FROM) ./tools/fuzz.sh $(BUILD)
 
 # The tests again, built with AddressSanitizer and UndefinedBehaviorSanitizer in a folder of
 # their own; any sanitizer report fails the run.

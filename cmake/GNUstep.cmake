@@ -28,7 +28,9 @@ set(GNUSTEP_LINK_FLAGS -L${_libgcc_dir} ${_gs_gui_libs})
 
 # GNUstep collates names with ICU; the plug-in makes its collation keys with the same library.
 find_package(ICU REQUIRED COMPONENTS i18n uc)
-set(LORVANE_PLUGIN_LIBRARIES ICU::i18n ICU::uc)
+# XML property lists are read with libxml2, which GNUstep itself depends on.
+find_package(LibXml2 REQUIRED)
+set(LORVANE_PLUGIN_LIBRARIES ICU::i18n ICU::uc LibXml2::LibXml2)
 
 set(LORVANE_WARNINGS -Wall -Wextra)
 set(LORVANE_SANITIZER_FLAGS "")

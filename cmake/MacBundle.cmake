@@ -43,7 +43,8 @@ set_target_properties(Lorvane PROPERTIES
     XCODE_ATTRIBUTE_CLANG_ENABLE_OBJC_ARC NO)
 # Manual retain/release, as on GNUstep.
 target_compile_options(Lorvane PRIVATE -fno-objc-arc -Wall -Wextra)
-target_link_libraries(Lorvane PRIVATE "-framework Foundation" "-framework AppKit")
+find_package(LibXml2 REQUIRED)
+target_link_libraries(Lorvane PRIVATE "-framework Foundation" "-framework AppKit" LibXml2::LibXml2)
 target_link_options(Lorvane PRIVATE "LINKER:-undefined,dynamic_lookup")
 
 # From macOS 11 Mail loads only signed plug-ins.

@@ -4,16 +4,19 @@
  * Reads the property-list files Lorvane does not write alone: its preferences, which people
  * edit by hand, and the system's recent-items list.
  *
- * The platform's parser crashes, loops or allocates without bound on some damaged files, so
- * it is only ever given the two forms a Mac writes (XML and binary lists), and only when
- * their size and shape stay within what such a file holds. Everything else reads as no file.
+ * Only the two forms a Mac writes are read, and only within the size and shape such a file
+ * has. XML lists are read with libxml2 and made into objects here. Binary lists go to the
+ * platform's parser, which crashes, loops, allocates without bound or raises on some damaged
+ * lists, only when every offset, reference, count and string in them is one it reads.
+ * Everything else reads as no file.
  */
 @interface LVPropertyListReader : NSObject
 
-/* The file's property list, or nil when the file is missing, refused or unparsable. Never raises. */
+/* The file's property list, or nil when the file is missing, refused or unreadable. Never raises. */
 + (id)propertyListWithContentsOfFile:(NSString *)path;
++ (id)propertyListWithData:(NSData *)data;
 
-/* YES when the parser may be given these bytes; nil and empty data are refused. */
+/* YES when these bytes read as a property list; nil and empty data do not. */
 + (BOOL)admitsData:(NSData *)data;
 
 /* The most bytes a file may hold to be read at all. */

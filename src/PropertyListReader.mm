@@ -1,8 +1,13 @@
 #import "PropertyListReader.h"
 
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -32,7 +37,7 @@ bool startsWith(const char *from, const char *end, const char *text)
 // header and the offset table; each object's offset is one entry of that table.
 struct BinaryList {
     const uint8_t *bytes;
-    uint64_t offsetTableStart;  // also where the objects end
+    uint64_t offsetTableStart; // also where the objects end
     unsigned offsetSize;
     unsigned referenceSize;
     uint64_t objectCount;
@@ -56,9 +61,11 @@ uint64_t bigEndian(const uint8_t *bytes, unsigned size)
     return value;
 }
 
-bool isWordSize(unsigned size)
+// GNUstep's binary reader takes offsets and references of one to four bytes; a Mac writes
+// eight-byte ones only for lists far larger than these files.
+bool isReadableSize(unsigned size)
 {
-    return size == 1 || size == 2 || size == 4 || size == 8;
+    return size == 1 || size == 2 || size == 4;
 }
 
 bool readTrailer(const uint8_t *bytes, size_t length, BinaryList &list)
@@ -73,7 +80,7 @@ bool readTrailer(const uint8_t *bytes, size_t length, BinaryList &list)
     list.rootObject = bigEndian(trailer + 16, 8);
     list.offsetTableStart = bigEndian(trailer + 24, 8);
     uint64_t tableEnd = length - LVBinaryTrailerLength;
-    if (!isWordSize(list.offsetSize) || !isWordSize(list.referenceSize))
+    if (!isReadableSize(list.offsetSize) || !isReadableSize(list.referenceSize))
         return false;
     if (list.objectCount == 0 || list.objectCount > LVMaximumObjects || list.rootObject >= list.objectCount)
         return false;
@@ -107,11 +114,28 @@ bool readCount(const BinaryList &list, uint8_t marker, uint64_t &position, uint6
     return true;
 }
 
-// The parser makes nothing of an ASCII string with any other byte in it, and a dictionary
-// or array holding that nothing raises.
+// The parser makes nothing of a string it cannot decode, and a dictionary or array holding that
+// nothing raises: one-byte strings are admitted as ASCII, two-byte ones with every surrogate paired.
 bool isASCII(const uint8_t *bytes, uint64_t length)
 {
     return std::all_of(bytes, bytes + length, [](uint8_t byte) { return byte < 0x80; });
+}
+
+bool isUTF16(const uint8_t *bytes, uint64_t count)
+{
+    for (uint64_t i = 0; i < count; i++) {
+        unsigned unit = (unsigned)bigEndian(bytes + 2 * i, 2);
+        if (unit >= 0xDC00 && unit <= 0xDFFF)
+            return false;
+        if (unit < 0xD800 || unit > 0xDBFF)
+            continue;
+        if (++i == count)
+            return false;
+        unsigned low = (unsigned)bigEndian(bytes + 2 * i, 2);
+        if (low < 0xDC00 || low > 0xDFFF)
+            return false;
+    }
+    return true;
 }
 
 bool admitsBinaryObject(const BinaryList &list, uint64_t index, unsigned depth, Unfolded &unfolded);
@@ -165,7 +189,8 @@ bool admitsBinaryObject(const BinaryList &list, uint64_t index, unsigned depth, 
         return readCount(list, marker, position, count) && admitsPayload(list, position, count, unfolded)
             && isASCII(list.bytes + position, count);
     case 0x6:
-        return readCount(list, marker, position, count) && count <= LVMaximumLength && admitsPayload(list, position, count * 2, unfolded);
+        return readCount(list, marker, position, count) && count <= LVMaximumLength && admitsPayload(list, position, count * 2, unfolded)
+            && isUTF16(list.bytes + position, count);
     case 0xA:
         return readCount(list, marker, position, count) && admitsReferences(list, position, count, depth, unfolded);
     case 0xD:
@@ -188,116 +213,147 @@ bool admitsBinary(const uint8_t *bytes, size_t length)
 
 #pragma mark XML lists
 
-// Just past the first terminator at or after `from`, or nullptr when there is none.
-const char *pastTerminator(const char *from, const char *end, const char *terminator)
-{
-    const char *found = std::search(from, end, terminator, terminator + strlen(terminator));
-    return found == end ? nullptr : found + strlen(terminator);
-}
+// XML lists are read with libxml2, which is fuzzed without end by others and tells well-formed
+// XML from anything else in one call; the objects are made here, so that GNUstep's own XML
+// parser, which raises and rewrites "\U" escapes in every string, never sees what a user typed.
 
-bool isXMLCharacter(uint32_t character)
-{
-    return character >= 0x20 ? character != 0xFFFE && character != 0xFFFF : character == '\t' || character == '\n' || character == '\r';
-}
-
-// Well-formed UTF-8 of characters XML allows: the parser logs a line for every string that is
-// not UTF-8 and raises on an attribute holding a control character, and a Mac writes these
-// files in nothing else.
-bool isXMLText(const uint8_t *bytes, size_t length)
-{
-    size_t i = 0;
-    while (i < length) {
-        uint8_t lead = bytes[i];
-        size_t trailing = lead < 0x80 ? 0 : (lead & 0xE0) == 0xC0 ? 1 : (lead & 0xF0) == 0xE0 ? 2 : (lead & 0xF8) == 0xF0 ? 3 : 4;
-        if (trailing == 4 || length - i <= trailing)
-            return false;
-        static const uint32_t smallest[] = { 0, 0x80, 0x800, 0x10000 };
-        uint32_t character = trailing == 0 ? lead : lead & (0x3F >> trailing);
-        for (size_t k = 1; k <= trailing; k++) {
-            if ((bytes[i + k] & 0xC0) != 0x80)
-                return false;
-            character = (character << 6) | (bytes[i + k] & 0x3F);
-        }
-        // Overlong forms, surrogates and values past Unicode's last are not characters.
-        bool wellFormed = character >= smallest[trailing] && character <= 0x10FFFF && (character < 0xD800 || character > 0xDFFF);
-        if (!wellFormed || !isXMLCharacter(character))
-            return false;
-        i += trailing + 1;
+struct XMLDocument {
+    xmlDocPtr document;
+    explicit XMLDocument(xmlDocPtr parsed)
+        : document(parsed)
+    {
     }
-    return true;
-}
-
-// Quotes pair up within a tag. The tag ends at its first '>' for this check; a quote left
-// open, wherever the parser then takes the tag to end, leaves an attribute without a value,
-// which it raises on.
-bool quotesPair(const char *from, const char *to)
-{
-    char quote = 0;
-    for (const char *character = from; character != to; character++) {
-        if (quote == 0 && (*character == '"' || *character == '\''))
-            quote = *character;
-        else if (*character == quote)
-            quote = 0;
+    ~XMLDocument()
+    {
+        if (document != nullptr)
+            xmlFreeDoc(document);
     }
-    return quote == 0;
+};
+
+bool named(xmlNodePtr node, const char *name)
+{
+    return xmlStrcmp(node->name, (const xmlChar *)name) == 0;
 }
 
-bool namesPlist(const char *name, const char *end)
+// The node's elements in order; NO when anything but elements, comments and white space is in it.
+bool elementsOf(xmlNodePtr node, std::vector<xmlNodePtr> &elements)
 {
-    static const char followers[] = " \t\r\n/>";
-    return startsWith(name, end, "plist") && (name + 5 == end || memchr(followers, name[5], sizeof followers - 1) != nullptr);
-}
-
-// Every piece of markup must be closed (the parser reads past the end of one that is not),
-// elements nest no deeper than a real file's and there are no more of them than a binary
-// list may unfold into. The rest is the parser's to judge.
-bool admitsXML(const uint8_t *bytes, size_t length)
-{
-    if (!isXMLText(bytes, length))
-        return false;
-    const char *position = (const char *)bytes;
-    const char *end = position + length;
-    unsigned depth = 0;
-    uint64_t elements = 0;
-    bool insidePlist = false;
-    while ((position = std::find(position, end, '<')) != end) {
-        const char *markup = position;
-        if (markup + 1 == end)
+    for (xmlNodePtr child = node->children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE)
+            elements.push_back(child);
+        else if (child->type == XML_TEXT_NODE && !xmlIsBlankNode(child))
             return false;
-        if (startsWith(markup, end, "<!--")) {
-            position = pastTerminator(markup + 4, end, "-->");
-        } else if (startsWith(markup, end, "<![CDATA[")) {
-            position = pastTerminator(markup + 9, end, "]]>");
-        } else {
-            position = pastTerminator(markup + 1, end, markup[1] == '?' ? "?>" : ">");
-            if (position != nullptr && !quotesPair(markup, position))
-                return false;
-        }
-        if (position == nullptr)
-            return false;
-        if (markup[1] == '!' || markup[1] == '?')
-            continue;
-        bool closing = markup[1] == '/';
-        // The outermost <plist> element only wraps the list: it is not one of its objects.
-        if (depth == 0 && insidePlist == closing && namesPlist(markup + (closing ? 2 : 1), end)) {
-            insidePlist = !closing;
-            continue;
-        }
-        if (closing) {
-            if (depth == 0)
-                return false;
-            depth--;
-            continue;
-        }
-        if (++elements > LVMaximumObjects)
-            return false;
-        bool empty = position[-2] == '/';
-        if (!empty && ++depth > LVMaximumDepth)
+        else if (child->type != XML_TEXT_NODE && child->type != XML_COMMENT_NODE)
             return false;
     }
     return true;
 }
 
+// The text of a leaf element; nil when it holds anything but text.
+NSString *textOf(xmlNodePtr node)
+{
+    NSMutableString *text = [NSMutableString string];
+    for (xmlNodePtr child = node->children; child != nullptr; child = child->next) {
+        if (child->type != XML_TEXT_NODE && child->type != XML_CDATA_SECTION_NODE && child->type != XML_COMMENT_NODE)
+            return nil;
+        if (child->type != XML_COMMENT_NODE && child->content != nullptr)
+            [text appendString:[NSString stringWithUTF8String:(const char *)child->content] ?: @""];
+    }
+    return text;
+}
+
+// Numbers read as GNUstep's XML parser reads them: leading digits, the rest ignored.
+NSNumber *integerOf(NSString *text)
+{
+    NSString *trimmed = [text stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+    if ([trimmed hasPrefix:@"-"])
+        return [NSNumber numberWithLongLong:[trimmed longLongValue]];
+    return [NSNumber numberWithUnsignedLongLong:(unsigned long long)[trimmed longLongValue]];
+}
+
+NSDate *dateOf(NSString *text)
+{
+    NSString *format = [text length] == 20 && [text hasSuffix:@"Z"] ? @"%Y-%m-%dT%H:%M:%SZ" : @"%Y-%m-%d %H:%M:%S %z";
+    return [NSCalendarDate dateWithString:text calendarFormat:format];
+}
+
+id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects);
+
+NSDictionary *dictionaryOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64_t &objects)
+{
+    if (elements.size() % 2 != 0)
+        return nil;
+    NSMutableDictionary *dictionary = [NSMutableDictionary dictionaryWithCapacity:elements.size() / 2];
+    for (size_t i = 0; i < elements.size(); i += 2) {
+        NSString *key = named(elements[i], "key") ? textOf(elements[i]) : nil;
+        id value = key != nil ? objectOf(elements[i + 1], depth + 1, objects) : nil;
+        if (value == nil)
+            return nil;
+        [dictionary setObject:value forKey:key];
+    }
+    return dictionary;
+}
+
+NSArray *arrayOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64_t &objects)
+{
+    NSMutableArray *array = [NSMutableArray arrayWithCapacity:elements.size()];
+    for (xmlNodePtr element : elements) {
+        id value = objectOf(element, depth + 1, objects);
+        if (value == nil)
+            return nil;
+        [array addObject:value];
+    }
+    return array;
+}
+
+// One object of the list, or nil (and the whole list with it) for anything a property list
+// cannot hold. Depth and count are bounded as for binary lists.
+id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
+{
+    if (depth > LVMaximumDepth || ++objects > LVMaximumObjects)
+        return nil;
+    if (named(node, "dict") || named(node, "array")) {
+        std::vector<xmlNodePtr> elements;
+        if (!elementsOf(node, elements))
+            return nil;
+        return named(node, "dict") ? (id)dictionaryOf(elements, depth, objects) : (id)arrayOf(elements, depth, objects);
+    }
+    if (named(node, "true") || named(node, "false"))
+        return node->children == nullptr ? [NSNumber numberWithBool:named(node, "true")] : nil;
+    NSString *text = textOf(node);
+    if (text == nil)
+        return nil;
+    if (named(node, "string"))
+        return text;
+    if (named(node, "integer"))
+        return integerOf(text);
+    if (named(node, "real"))
+        return [NSNumber numberWithDouble:strtod([text UTF8String], NULL)];
+    if (named(node, "date"))
+        return dateOf(text);
+    if (named(node, "data"))
+        return [[[NSData alloc] initWithBase64EncodedString:text options:NSDataBase64DecodingIgnoreUnknownCharacters] autorelease];
+    return nil;
+}
+
+// A document that declares entities could expand them behind the reader's back; a Mac
+// writes none.
+id readXML(const uint8_t *bytes, size_t length)
+{
+    XMLDocument parsed(xmlReadMemory((const char *)bytes, (int)length, nullptr, nullptr,
+        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+    if (parsed.document == nullptr)
+        return nil;
+    xmlDtdPtr doctype = parsed.document->intSubset;
+    if (doctype != nullptr && (doctype->entities != nullptr || doctype->pentities != nullptr))
+        return nil;
+    xmlNodePtr root = xmlDocGetRootElement(parsed.document);
+    std::vector<xmlNodePtr> elements;
+    if (root == nullptr || !named(root, "plist") || !elementsOf(root, elements) || elements.size() != 1)
+        return nil;
+    uint64_t objects = 0;
+    return objectOf(elements[0], 1, objects);
+}
 // Reads one byte past the limit, so that a longer file is refused without being read whole.
 NSData *leadingBytesOfFile(NSString *path, NSUInteger limit)
 {
@@ -305,7 +361,7 @@ NSData *leadingBytesOfFile(NSString *path, NSUInteger limit)
     @try {
         return [file readDataOfLength:limit];
     } @catch (NSException *exception) {
-        return nil;     // a folder, or a read error: as unreadable as a missing file
+        return nil; // a folder, or a read error: as unreadable as a missing file
     }
 }
 
@@ -315,30 +371,32 @@ NSData *leadingBytesOfFile(NSString *path, NSUInteger limit)
 
 + (id)propertyListWithContentsOfFile:(NSString *)path
 {
-    NSData *data = leadingBytesOfFile(path, LVMaximumLength + 1);
-    if (![self admitsData:data])
+    return [self propertyListWithData:leadingBytesOfFile(path, LVMaximumLength + 1)];
+}
+
+// The platform's other forms, OpenStep text and its own serialised form, are never read: a Mac
+// writes neither into these files, and their parsers are the least robust of all.
++ (id)propertyListWithData:(NSData *)data
+{
+    NSUInteger length = [data length];
+    if (length == 0 || length > LVMaximumLength)
+        return nil;
+    const uint8_t *bytes = (const uint8_t *)[data bytes];
+    const char *text = (const char *)bytes;
+    if (startsWith(text, text + length, LVXMLMagic))
+        return readXML(bytes, length);
+    if (!startsWith(text, text + length, LVBinaryMagic) || !admitsBinary(bytes, length))
         return nil;
     @try {
         return [NSPropertyListSerialization propertyListWithData:data options:NSPropertyListImmutable format:NULL error:NULL];
     } @catch (NSException *exception) {
-        return nil;     // a failure the gate did not foresee still reads as no file
+        return nil; // a failure the gate did not foresee still reads as no file
     }
 }
 
-// The platform's other forms, OpenStep text and its own serialised form, are never admitted:
-// a Mac writes neither into these files, and their parsers are the least robust of all.
 + (BOOL)admitsData:(NSData *)data
 {
-    NSUInteger length = [data length];
-    if (length == 0 || length > LVMaximumLength)
-        return NO;
-    const uint8_t *bytes = (const uint8_t *)[data bytes];
-    const char *text = (const char *)bytes;
-    if (startsWith(text, text + length, LVBinaryMagic))
-        return admitsBinary(bytes, length);
-    if (startsWith(text, text + length, LVXMLMagic))
-        return admitsXML(bytes, length);
-    return NO;
+    return [self propertyListWithData:data] != nil;
 }
 
 + (NSUInteger)maximumLength

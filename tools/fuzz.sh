@@ -1,7 +1,10 @@
 #!/bin/sh
-# Fuzzes each file Lorvane reads for FUZZ_SECONDS seconds (300 unless set). Inputs the fuzzer
-# finds stay in the build folder; one that fails is copied into fuzz/regressions/<target>/,
-# where `make check` replays it from then on.
+# Fuzzes each file Lorvane reads: FUZZ_SECONDS seconds per target (300 unless set), or
+# FUZZ_RUNS inputs per target when that is set. FUZZ_FROM=empty starts each target from a new,
+# empty work folder; otherwise it starts from the inputs kept in the build folder, the seeds
+# (fuzz/corpus) and every input that once failed (fuzz/regressions). A failing input is copied
+# into fuzz/regressions/<target>/, where `make check` replays it from then on. Prints, per
+# target, the inputs run, inputs per second, the time taken and the peak memory.
 build="${1:-build}"
 seconds="${FUZZ_SECONDS:-300}"
 settings="$build/fuzz/fuzz-settings.sh"
@@ -11,19 +14,37 @@ if [ ! -f "$settings" ]; then
 fi
 . "$settings"
 
+if [ -n "${FUZZ_RUNS:-}" ]; then
+    length="-runs=$FUZZ_RUNS"
+else
+    length="-max_total_time=$seconds"
+fi
+
 status=0
 for entry in $targets; do
     name="${entry%%:*}"
     program="${entry#*:}"
     artifacts="$work/$name-artifacts"
     log="$work/$name.log"
-    mkdir -p "$work/$name" "$artifacts"
-    echo "Fuzzing $name for $seconds s (log: $log)"
-    # shellcheck disable=SC2086 # the limits are separate arguments
-    if "$program" $limits -max_total_time="$seconds" -print_final_stats=1 -dict="$dictionary" \
-        -artifact_prefix="$artifacts/" "$work/$name" "$sources/corpus/$name" "$sources/regressions/$name" >"$log" 2>&1; then
-        grep -E '^stat::(number_of_executed_units|new_units_added|peak_rss_mb)' "$log"
+    if [ "${FUZZ_FROM:-}" = empty ]; then
+        folders=$(mktemp -d "${TMPDIR:-/tmp}/lorvane-fuzz-$name-XXXXXX")
+        from="an empty work folder"
     else
+        folders="$work/$name $sources/corpus/$name $sources/regressions/$name"
+        from="the kept inputs"
+    fi
+    mkdir -p "$work/$name" "$artifacts"
+    echo "Fuzzing $name ($length, from $from; log: $log)"
+    started=$(date +%s)
+    # shellcheck disable=SC2086 # the limits and folders are separate arguments
+    "$program" $limits $length -print_final_stats=1 -dict="$dictionary" -artifact_prefix="$artifacts/" $folders >"$log" 2>&1
+    result=$?
+    elapsed=$(( $(date +%s) - started ))
+    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+    rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
+    peak=$(sed -n 's/^stat::peak_rss_mb: *//p' "$log")
+    echo "  $name: ${runs:-?} inputs, ${rate:-?} a second, ${elapsed} s, peak ${peak:-?} MB"
+    if [ "$result" -ne 0 ]; then
         status=1
         tail -n 40 "$log"
         for found in "$artifacts"/*; do
@@ -32,5 +53,6 @@ for entry in $targets; do
             echo "Kept $sources/regressions/$name/$(basename "$found")"
         done
     fi
+    [ "${FUZZ_FROM:-}" = empty ] && rm -rf "$folders"
 done
 exit $status
