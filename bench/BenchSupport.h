@@ -109,6 +109,7 @@ void LBTimeStepsAfterPreparing(benchmark::State &state, NSUInteger count, Prepar
 }
 
 /* An opening with nothing to do is too short to time alone: a run of them is timed. */
+const int LBOpeningsPerRun = 1000;
 double LBSecondsPerOpeningInRun(NSMenu *menu);
 
 /* ---- Start-up's memory ---- */

@@ -225,11 +225,10 @@ double LBMedian(std::vector<double> values)
 
 double LBSecondsPerOpeningInRun(NSMenu *menu)
 {
-    const int openings = 1000;
     return LBSecondsFor([&] {
-        for (int i = 0; i < openings; i++)
+        for (int i = 0; i < LBOpeningsPerRun; i++)
             [menu update];
-    }) / openings;
+    }) / LBOpeningsPerRun;
 }
 
 namespace {
