@@ -17,9 +17,7 @@
  * setting), LORVANE_REPLAY_SEED the seed; every failure names the seed, day and step.
  */
 #import "LVLiteralSteps.h"
-#import "LVMailFixture.h"
-#import "LVMenuFixture.h"
-#import "LVProviderFixture.h"
+#import "LVLorvane.h"
 #import "MailboxesController.h"
 
 #include <objc/runtime.h>
@@ -90,8 +88,7 @@ protected:
 
     void SetUp() override
     {
-        ASSERT_TRUE(LVStartMailWithSampleStore() != nil);
-        mail = (MailApp *)NSApp;
+        mail = LVStartMail();
         store = LVSampleStore();
         viewer = [mail openMessageViewer];
         originalDate = method_setImplementation(class_getClassMethod([NSDate class], @selector(date)), (IMP)replayDate);
@@ -193,12 +190,8 @@ protected:
     void startDay(int limit)
     {
         NSDictionary *preferences = preferencesFile(GetParam().sortTypeInFile);
-        if (preferences != nil)
-            ASSERT_TRUE(LVWritePlist(preferences, LVPreferencesPath(), chance(0.3)));
-        else
-            [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
-        LVInstallFreshMainMenu();
-        provider = LVMakeProvider(limit);
+        NSPropertyListFormat format = chance(0.3) ? NSPropertyListBinaryFormat_v1_0 : NSPropertyListXMLFormat_v1_0;
+        provider = LVStartProvider(limit, preferences ? [NSPropertyListSerialization dataWithPropertyList:preferences format:format options:0 error:NULL] : nil);
         // The viewer in front, as Mail reports it when a window becomes main.
         [viewer windowDidBecomeMain:nil];
         [oracle release];
@@ -212,7 +205,7 @@ protected:
     void endDay()
     {
         [mail applicationWillTerminate:nil];
-        NSData *data = [NSData dataWithContentsOfFile:LVPreferencesPath()];
+        NSData *data = [NSData dataWithContentsOfFile:MHPreferencesFilePath()];
         id written = data != nil ? [NSPropertyListSerialization propertyListWithData:data options:0 format:NULL error:NULL] : nil;
         EXPECT_TRUE([[oracle savedPreferences] isEqual:written]) << where << ": wrote " << text([written description]) << "\nwanted "
                                                                  << text([[oracle savedPreferences] description]);

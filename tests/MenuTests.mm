@@ -1,0 +1,408 @@
+/*
+ * The recent menus: where start-up puts them in Mail's menus, what the recent-items limit
+ * allows, and what the five submenus show after an opening, for each of Mail's events.
+ */
+#import "LVLorvane.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+NSMenuItem *itemAfterSubmenu(NSMenu *submenu)
+{
+    NSMenu *supermenu = [submenu supermenu];
+    NSInteger index = [supermenu indexOfItemWithSubmenu:submenu];
+    return index >= 0 ? LVItemAfterItem((NSMenuItem *)[supermenu itemAtIndex:index]) : nil;
+}
+
+BOOL writesPreferences(LorvaneBundle_Provider *provider)
+{
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
+    [provider writePreferences];
+    return [[NSFileManager defaultManager] fileExistsAtPath:MHPreferencesFilePath()];
+}
+
+// Mail with two POP accounts, Home and Work, and a provider whose limit is ten.
+class Menus : public testing::Test {
+protected:
+    MHMailStore *store = nil;
+    MailAccount *home = nil, *work = nil;
+    LorvaneBundle_Provider *provider = nil;
+
+    void SetUp() override
+    {
+        LVStartMail();
+        store = LVMakeStore(@"menus");
+        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
+        work = [store addAccountNamed:@"Work" type:@"POP" serverPathPrefix:nil];
+        provider = LVStartProvider(10, nil);
+    }
+
+    MailboxUid *mailbox(MailAccount *account, NSString *relativePath) { return [account createMailboxWithRelativePath:relativePath]; }
+
+    void use(MailboxUid *mailbox, int times = 1)
+    {
+        for (int i = 0; i < times; i++)
+            [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox)];
+    }
+};
+
+} // namespace
+
+TEST_F(Menus, StartUpPutsTheThreeMenuBarItemsRightBelowMailsOwnWithBareSubmenus)
+{
+    NSMenu *mainMenu = [NSApp mainMenu];
+    EXPECT_EQ((id)provider, [LVPluginClass("LorvaneBundle_Provider") activeLorvaneBundle_Provider]);
+    NSMenuItem *move = LVItemAfterItemWithAction(mainMenu, @selector(moveMessagesToMailbox:));
+    NSMenuItem *copy = LVItemAfterItem(move);
+    NSMenuItem *goTo = itemAfterSubmenu([MHMailMenus goToMenuInMainMenu:mainMenu]);
+    struct Row {
+        NSMenuItem *item;
+        NSString *title;
+        NSMenu *submenu;
+    } rows[] = { { move, @"Move to Recent", [provider moveToRecentSubmenu] },
+                 { copy, @"Copy to Recent", [provider copyToRecentSubmenu] },
+                 { goTo, @"Go to Recent", [provider goToRecentSubmenu] } };
+    for (const Row &row : rows) {
+        EXPECT_NSEQ(row.title, [row.item title]);
+        EXPECT_EQ(row.submenu, [row.item submenu]) << [row.title UTF8String];
+        EXPECT_NSEQ(@"", [row.item keyEquivalent]);
+    }
+    // The contextual submenus wait for the message list's menu.
+    EXPECT_TRUE([[provider moveToRecentContextualSubmenu] supermenu] == nil);
+    for (NSMenu *submenu in LVRecentSubmenus(provider)) {
+        NSMenuItem *clear = (NSMenuItem *)[submenu itemAtIndex:1];
+        EXPECT_EQ(2, [submenu numberOfItems]);
+        EXPECT_TRUE([[submenu itemAtIndex:0] isSeparatorItem]);
+        EXPECT_SELEQ(@selector(clearRecentMenus:), [clear action]);
+        EXPECT_FALSE([clear isEnabled]);
+        EXPECT_FALSE([submenu autoenablesItems]);
+        EXPECT_EQ((id)provider, [submenu delegate]);
+    }
+    EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane] bundle failed"));
+    EXPECT_EQ(0u, [LVRecordedStartupAlerts() count]);
+    EXPECT_TRUE(writesPreferences(provider));
+}
+
+TEST_F(Menus, GoToRecentFollowsTheFirstGoToSubmenuInPreOrder)
+{
+    // "Mail" holds, two levels down, a "Go To" submenu; before it come near misses (no
+    // submenu, different case), and a later top-level menu holds another "Go To".
+    NSMenu *mainMenu = [[[NSMenu alloc] initWithTitle:@"Main"] autorelease];
+    NSMenu *mail = [[[NSMenu alloc] initWithTitle:@"Mail"] autorelease], *services = [[[NSMenu alloc] initWithTitle:@"Services"] autorelease];
+    NSMenu *nestedGoTo = [[[NSMenu alloc] initWithTitle:@"Go To"] autorelease], *mailbox = [[[NSMenu alloc] initWithTitle:@"Mailbox"] autorelease];
+    NSMenu *laterGoTo = [[[NSMenu alloc] initWithTitle:@"Go To"] autorelease];
+    [mail addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""];
+    [mail setSubmenu:[[[NSMenu alloc] initWithTitle:@"go to"] autorelease] forItem:[mail addItemWithTitle:@"go to" action:NULL keyEquivalent:@""]];
+    [mail setSubmenu:services forItem:[mail addItemWithTitle:@"Services" action:NULL keyEquivalent:@""]];
+    [services addItemWithTitle:@"Before" action:NULL keyEquivalent:@""];
+    [services setSubmenu:nestedGoTo forItem:[services addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""]];
+    [services addItemWithTitle:@"After" action:NULL keyEquivalent:@""];
+    [mailbox addItemWithTitle:@"Move To" action:@selector(moveMessagesToMailbox:) keyEquivalent:@""];
+    [mailbox setSubmenu:laterGoTo forItem:[mailbox addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""]];
+    [mainMenu setSubmenu:mail forItem:[mainMenu addItemWithTitle:@"Mail" action:NULL keyEquivalent:@""]];
+    [mainMenu setSubmenu:mailbox forItem:[mainMenu addItemWithTitle:@"Mailbox" action:NULL keyEquivalent:@""]];
+    [NSApp setMainMenu:mainMenu];
+    MHSetRecentItemsLimit(3);
+
+    provider = [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
+
+    EXPECT_EQ([provider goToRecentSubmenu], [itemAfterSubmenu(nestedGoTo) submenu]);
+    EXPECT_EQ(4, [services numberOfItems]);
+    EXPECT_EQ(3, [mail numberOfItems]);
+    EXPECT_TRUE(itemAfterSubmenu(laterGoTo) == nil);
+}
+
+TEST_F(Menus, WithoutMailsMoveToItemStartUpFailsLeavesGoToBareAndNeverWritesTheFile)
+{
+    NSMenu *mainMenu = [MHMailMenus newMainMenu];
+    NSMenu *messageMenu = [[mainMenu itemWithTitle:@"Message"] submenu];
+    [messageMenu removeItemAtIndex:[messageMenu indexOfItemWithTarget:nil andAction:@selector(moveMessagesToMailbox:)]];
+    [NSApp setMainMenu:[mainMenu autorelease]];
+    NSInteger messageItems = [messageMenu numberOfItems];
+    LVClearLog();
+
+    provider = [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
+
+    EXPECT_EQ(1u, LVLogCount(@"[Lorvane] bundle failed to add \"Move to Recent\" menu item."));
+    EXPECT_EQ(1u, LVLogCount(@"[Lorvane] bundle failed to add \"Copy to Recent\" menu item."));
+    EXPECT_EQ(2u, LVLogCountWithPrefix(@"[Lorvane] bundle failed"));
+    EXPECT_EQ(messageItems, [messageMenu numberOfItems]);
+    NSMenuItem *goTo = itemAfterSubmenu([MHMailMenus goToMenuInMainMenu:mainMenu]);
+    EXPECT_NSEQ(@"Go to Recent", [goTo title]);
+    EXPECT_FALSE([goTo hasSubmenu]);
+    EXPECT_EQ(0, [[provider goToRecentSubmenu] numberOfItems]);
+    EXPECT_FALSE(writesPreferences(provider));
+    // Later providers stay inert and do not take over as the singleton.
+    [NSApp setMainMenu:[[MHMailMenus newMainMenu] autorelease]];
+    LorvaneBundle_Provider *later = [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
+    EXPECT_EQ((id)provider, [LVPluginClass("LorvaneBundle_Provider") activeLorvaneBundle_Provider]);
+    EXPECT_TRUE([later moveToRecentSubmenu] == nil);
+}
+
+TEST_F(Menus, ContextualSubmenusGoRightBelowMoveToOfTheFirstMenuOnly)
+{
+    NSMenu *contextual = [[MHMailMenus newMessageListContextualMenu] autorelease];
+    NSMenu *another = [[MHMailMenus newMessageListContextualMenu] autorelease];
+    NSInteger itemsBefore = [contextual numberOfItems];
+
+    [provider createContextualSubmenusUnderMenu:contextual];
+    [provider createContextualSubmenusUnderMenu:another];
+
+    NSMenuItem *move = LVItemAfterItemWithAction(contextual, @selector(moveMessagesToMailbox:));
+    EXPECT_NSEQ(@"Move to Recent", [move title]);
+    EXPECT_EQ([provider moveToRecentContextualSubmenu], [move submenu]);
+    EXPECT_NSEQ(@"Copy to Recent", [LVItemAfterItem(move) title]);
+    EXPECT_EQ([provider copyToRecentContextualSubmenu], [LVItemAfterItem(move) submenu]);
+    EXPECT_EQ(itemsBefore + 2, [contextual numberOfItems]);
+    EXPECT_EQ(itemsBefore, [another numberOfItems]);
+
+    // Opening a contextual submenu brings the menu bar's up to date too.
+    use(mailbox(home, @"Archive"));
+    LVOpenRecentMenu([provider copyToRecentContextualSubmenu]);
+    EXPECT_NSEQ(@[ @"Archive" ], LVTitlesAboveSeparator([provider goToRecentSubmenu]));
+}
+
+TEST_F(Menus, AFailedContextualPlacementIsLoggedAndStopsEveryLaterRebuild)
+{
+    use(mailbox(work, @"Clients"));
+    use(mailbox(home, @"Lists"));
+    ASSERT_TRUE(LVSubmenusShow(provider, @[ @"Clients", @"Lists" ]));
+
+    [provider createContextualSubmenusUnderMenu:nil];
+    EXPECT_EQ(1u, LVLogCount(@"[Lorvane] Failed to set Move to Recent contextual menu."));
+    EXPECT_EQ(1u, LVLogCountWithPrefix(@"[Lorvane] Failed"));
+
+    use(mailbox(home, @"Travel"));
+    [provider clearRecentMailboxes];
+    [provider updateMenus];
+    for (NSMenu *submenu in LVRecentSubmenus(provider)) {
+        LVOpenRecentMenu(submenu);
+        EXPECT_NSEQ((@[ @"Clients", @"Lists" ]), LVTitlesAboveSeparator(submenu));
+        // "Clear Menu" alone follows the list.
+        EXPECT_FALSE([[[submenu itemArray] lastObject] isEnabled]);
+    }
+}
+
+TEST_F(Menus, TheLimitIsReadFromTheSystemsRecentItemsFileWhateverItHolds)
+{
+    struct Row {
+        const char *name;
+        id contents; // a property list, raw bytes (NSData), or nil for no file
+        BOOL binary;
+        int limit;
+        NSUInteger documentsMissing, bothMissing; // the two log lines
+    };
+    static const char malformed[] = "bplist00\xff\xff\x01garbage";
+    const Row rows[] = {
+        { "binary RecentDocuments", @{ @"RecentDocuments" : @{ @"MaxAmount" : @7 } }, YES, 7, 0, 0 },
+        { "XML RecentDocuments", @{ @"RecentDocuments" : @{ @"MaxAmount" : @4 } }, NO, 4, 0, 0 },
+        { "Documents only", @{ @"Documents" : @{ @"MaxAmount" : @5 } }, YES, 5, 1, 0 },
+        { "RecentDocuments wins", @{ @"RecentDocuments" : @{ @"MaxAmount" : @3 }, @"Documents" : @{ @"MaxAmount" : @9 } }, YES, 3, 0, 0 },
+        { "no MaxAmount", @{ @"RecentDocuments" : @{} }, YES, 0, 0, 0 },
+        { "MaxAmount as text", @{ @"RecentDocuments" : @{ @"MaxAmount" : @"6" } }, YES, 6, 0, 0 },
+        { "MaxAmount as array", @{ @"RecentDocuments" : @{ @"MaxAmount" : @[ @1 ] } }, YES, 0, 0, 0 },
+        { "negative", @{ @"RecentDocuments" : @{ @"MaxAmount" : @-3 } }, YES, -3, 0, 0 },
+        { "RecentDocuments not a dictionary", @{ @"RecentDocuments" : @"10", @"Documents" : @{ @"MaxAmount" : @2 } }, YES, 2, 1, 0 },
+        { "root not a dictionary", @[ @1, @2 ], YES, 0, 1, 1 },
+        { "malformed bytes", [NSData dataWithBytes:malformed length:sizeof malformed - 1], NO, 0, 1, 1 },
+        { "no file", nil, NO, 0, 1, 1 },
+    };
+    NSArray *twelve = @[ @"A", @"B", @"C", @"D", @"E", @"F", @"G", @"H", @"I", @"J", @"K", @"L" ];
+    for (const Row &row : rows) {
+        SCOPED_TRACE(row.name);
+        [[NSFileManager defaultManager] removeItemAtPath:MHRecentItemsFilePath() error:NULL];
+        if ([row.contents isKindOfClass:[NSData class]])
+            [(NSData *)row.contents writeToFile:MHRecentItemsFilePath() atomically:YES];
+        else if (row.contents != nil)
+            ASSERT_TRUE(MHWritePropertyList(row.contents, MHRecentItemsFilePath(), row.binary));
+        [NSApp setMainMenu:[[MHMailMenus newMainMenu] autorelease]];
+        LVClearLog();
+        MHClearRecordedAlerts();
+        provider = [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
+        EXPECT_EQ(row.documentsMissing, LVLogCount(@"[Lorvane] failed to find RecentDocuments dictionary."));
+        EXPECT_EQ(row.bothMissing, LVLogCount(@"[Lorvane] failed to find the RecentDocuments or Documents dictionaries."));
+        NSArray *alerts = LVRecordedStartupAlerts();
+        ASSERT_EQ(row.limit == 0 ? 1u : 0u, [alerts count]);
+        if (row.limit == 0)
+            EXPECT_NSEQ(@"\"Number of Recent Items\" must be > 0.", [[alerts lastObject] objectForKey:MHAlertMessageKey]);
+
+        // Whatever the limit, start-up succeeded. The list holds up to the limit, or with
+        // one below zero everything, with no item to show it.
+        for (NSString *name in twelve)
+            use(mailbox(home, name));
+        NSUInteger holds = row.limit < 0 ? 12 : (NSUInteger)row.limit, shows = (NSUInteger)std::max(row.limit, 0);
+        EXPECT_EQ(holds, [LVListedNames(provider) count]);
+        LVOpenRecentMenu([provider goToRecentSubmenu]);
+        EXPECT_NSEQ([twelve subarrayWithRange:NSMakeRange(12 - shows, shows)], LVTitlesAboveSeparator([provider copyToRecentSubmenu]));
+        EXPECT_TRUE(writesPreferences(provider));
+    }
+}
+
+TEST_F(Menus, AnOpeningShowsTheListInTheSortTypesOrderInAllFive)
+{
+    // Names, dates and use counts each give a different order: Clients was used once and
+    // longest ago, Lists four times, Reports twice and last.
+    NSArray *saved = @[
+        LVSavedRecord(mailbox(work, @"Clients"), 1, @"2026-01-01 10:00:00 +0000"), LVSavedRecord(mailbox(home, @"Lists"), 4, @"2026-01-02 10:00:00 +0000"),
+        LVSavedRecord(mailbox(home, @"Reports"), 2, @"2026-01-03 10:00:00 +0000")
+    ];
+    NSArray *byName = @[ @"Clients", @"Lists", @"Reports" ];
+    struct Row {
+        int sortType;
+        NSArray *titles;
+    } rows[] = { { 0, byName }, { 1, @[ @"Reports", @"Lists", @"Clients" ] }, { 2, @[ @"Lists", @"Reports", @"Clients" ] }, { 3, byName }, { -1, byName } };
+    for (const Row &row : rows) {
+        provider = LVStartProvider(10, LVPreferences(row.sortType, YES, saved));
+        EXPECT_TRUE(LVSubmenusShow(provider, row.titles)) << row.sortType;
+        EXPECT_NSEQ(row.titles, LVListedNames(provider)) << row.sortType;
+    }
+}
+
+TEST_F(Menus, EventsShowAtTheNextOpeningOfAnyOfTheFive)
+{
+    MailboxUid *workArchive = mailbox(work, @"Archive");
+    NSMenu *goTo = [provider goToRecentSubmenu];
+    EXPECT_TRUE(LVSubmenusShow(provider, @[]));
+    use(mailbox(home, @"Archive"));
+    use(workArchive);
+    use(mailbox(home, @"Lists"));
+    EXPECT_NSEQ(@[], LVTitlesAboveSeparator(goTo));
+    LVOpenRecentMenu(goTo);
+    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ])));
+
+    // Mail's deletion is only noted; the next opening prunes, and the namesake left shows
+    // its bare name.
+    ASSERT_TRUE([work deleteMailbox:workArchive reflectToServer:YES]);
+    [provider signalRemoveDeletedMailboxes];
+    EXPECT_NSEQ((@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ]), LVTitlesAboveSeparator(goTo));
+    LVOpenRecentMenu([provider moveToRecentContextualSubmenu]);
+    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive", @"Lists" ])));
+
+    // A rename shows once Mail tells the provider.
+    ASSERT_TRUE([home renameMailbox:mailbox(home, @"Lists") toName:@"Aaa"]);
+    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive", @"Lists" ])));
+    [provider signalUpdateMenu];
+    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Aaa", @"Archive" ])));
+    [provider clearRecentMailboxes];
+    EXPECT_TRUE(LVSubmenusShow(provider, @[]));
+}
+
+TEST_F(Menus, ItemsCarryAccountAndPathAsToolTipAndTheMailboxIcon)
+{
+    MailAccount *corp = [store addAccountNamed:@"Corp" type:@"IMAP" serverPathPrefix:@"INBOX"];
+    // A mailbox whose account is gone: Mail detaches it from the account.
+    MailAccount *gone = [[MailAccount alloc] initWithDisplayName:@"Gone" path:nil];
+    MailboxUid *orphan = [[[gone createMailboxWithRelativePath:@"Orphan"] retain] autorelease];
+    [gone release];
+    struct Row {
+        MailboxUid *mailbox;
+        NSString *title, *toolTip;
+    } rows[] = {
+        { mailbox(home, @"Projects/Old/Taxes"), @"Taxes", @"Home/Projects/Old/Taxes" },
+        { mailbox(corp, @"INBOX/Lists/Weekly"), @"Weekly", @"Corp/Lists/Weekly" },
+        { orphan, @"Orphan", @"[error: NULL accountName]/Orphan" },
+    };
+    for (const Row &row : rows)
+        use(row.mailbox);
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
+    for (const Row &row : rows) {
+        NSImage *icon = [MailboxesController iconForMailboxUid:row.mailbox smallSize:YES];
+        for (NSMenu *submenu in LVRecentSubmenus(provider)) {
+            NSMenuItem *item = (NSMenuItem *)[submenu itemWithTitle:row.title];
+            EXPECT_NSEQ(row.toolTip, [item toolTip]);
+            EXPECT_TRUE(icon != nil && [item image] == icon) << [row.title UTF8String];
+        }
+    }
+}
+
+TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
+{
+    MailAccount *mailhost = [store addAccountNamed:@"Mailhost" type:@"IMAP" serverPathPrefix:@"INBOX"];
+    MailAccount *twin = [store addAccountNamed:@"Twin" type:@"POP" serverPathPrefix:nil];
+    MailAccount *twinAgain = [store addAccountNamed:@"Twin" type:@"POP" serverPathPrefix:nil];
+    struct Row {
+        const char *what;
+        std::vector<std::pair<MailAccount *, NSString *>> mailboxes;
+        NSArray *titles; // in name order
+    } rows[] = {
+        { "accounts", { { home, @"Notes" }, { work, @"Notes" } }, @[ @"Notes (Home)", @"Notes (Work)" ] },
+        { "folders of one account", { { home, @"A/Work" }, { home, @"B/Work" }, { home, @"Work" } }, @[ @"Work", @"Work (A)", @"Work (B)" ] },
+        { "deeply nested", { { home, @"Projects/Old/Work" }, { home, @"Work" } }, @[ @"Work", @"Work (Projects/Old)" ] },
+        { "accounts and folders", { { home, @"Projects/Work" }, { work, @"Work" } }, @[ @"Work (Home/Projects)", @"Work (Work)" ] },
+        { "accounts of one name count as one", { { twin, @"Archive" }, { twinAgain, @"Old/Archive" } }, @[ @"Archive", @"Archive (Old)" ] },
+        { "the server prefix is left out by characters",
+          { { mailhost, @"INBOX/Lists/Work" }, { mailhost, @"Work" }, { mailhost, @"INBOXES/Work" } },
+          @[ @"Work", @"Work (Lists)", @"Work (S)" ] },
+    };
+    for (const Row &row : rows) {
+        [provider clearRecentMailboxes];
+        for (const auto &entry : row.mailboxes)
+            use(mailbox(entry.first, entry.second));
+        EXPECT_TRUE(LVSubmenusShow(provider, row.titles)) << row.what;
+        // The next opening starts from Mail's names again and settles on the same ones.
+        [provider signalUpdateMenu];
+        EXPECT_TRUE(LVSubmenusShow(provider, row.titles)) << row.what;
+    }
+}
+
+TEST_F(Menus, ThePathWithoutTheServerPrefixIsANewStringCutByCharactersAndCase)
+{
+    MailAccount *mailhost = [store addAccountNamed:@"Mailhost" type:@"IMAP" serverPathPrefix:@"INBOX"];
+    MailAccount *plain = [store addAccountNamed:@"Plain IMAP" type:@"IMAP" serverPathPrefix:@""];
+    struct Row {
+        MailAccount *account;
+        NSString *path, *withoutPrefix;
+    } rows[] = {
+        { mailhost, @"INBOX/Lists/Work", @"Lists/Work" }, { mailhost, @"INBOXES/Work", @"S/Work" }, { mailhost, @"INBOX", @"" },
+        { mailhost, @"inbox/Work", @"inbox/Work" },       { plain, @"INBOX/Work", @"INBOX/Work" },  { home, @"INBOX/Work", @"INBOX/Work" },
+    };
+    for (const Row &row : rows) {
+        id<LVMailboxUid> uid = LVUid(mailbox(row.account, row.path));
+        NSMutableString *first = [provider accountRelativePathWithoutPrefixForUid:uid];
+        EXPECT_NSEQ(row.withoutPrefix, first) << [row.path UTF8String];
+        [first appendString:@" changed"];
+        EXPECT_NSEQ(row.withoutPrefix, [provider accountRelativePathWithoutPrefixForUid:uid]);
+    }
+}
+
+TEST_F(Menus, GroupsOfRecordsAreExtendedByTheProvidersOwnMethods)
+{
+    MailboxUid *orphan = nil;
+    @autoreleasepool {
+        MailAccount *gone = [[MailAccount alloc] initWithDisplayName:@"Gone" path:nil];
+        orphan = [[gone createMailboxWithRelativePath:@"Archive"] retain];
+        [gone release];
+    }
+    [orphan autorelease];
+    auto recordsOf = [&](NSArray *mailboxes) {
+        NSMutableArray *records = [NSMutableArray array];
+        for (MailboxUid *uid in mailboxes) {
+            LorvaneMailbox *record = [[[LVPluginClass("LorvaneMailbox") alloc] init] autorelease];
+            [record setUid:LVUid(uid)];
+            [records addObject:record];
+        }
+        return records;
+    };
+    struct Row {
+        NSArray *mailboxes;
+        BOOL multipleAccounts;
+        NSArray *names;
+    } rows[] = {
+        { @[], NO, @[] },
+        { @[ mailbox(home, @"A/Work"), mailbox(home, @"B/Work"), mailbox(home, @"Work") ], NO, @[ @"Work (A)", @"Work (B)", @"Work" ] },
+        { @[ mailbox(home, @"Archive"), orphan ], YES, @[ @"Archive (Home)", @"Archive ()" ] },
+        { @[ orphan, orphan ], YES, @[ @"Archive ()", @"Archive ()" ] },
+        { @[ mailbox(home, @"Archive"), mailbox([store addAccountNamed:@"home" type:@"POP" serverPathPrefix:nil], @"Archive") ], YES,
+          @[ @"Archive (Home)", @"Archive (home)" ] },
+    };
+    for (const Row &row : rows) {
+        NSArray *records = recordsOf(row.mailboxes);
+        BOOL multiple = [provider multipleAccountsInRecentMailboxes:records];
+        EXPECT_EQ(row.multipleAccounts, multiple);
+        [provider extendNamesForDuplicateMailboxes:records includesMultipleAccounts:multiple];
+        [provider extendNamesForDuplicateMailboxes:records includesMultipleAccounts:multiple];
+        EXPECT_NSEQ(row.names, [records valueForKey:@"displayName"]);
+    }
+}

@@ -1,0 +1,122 @@
+/*
+ * What the tests share: Mail as a user runs it with the plug-in inside, reached only the way
+ * Mail reaches it (the loaded bundle, Mail's classes and menus, the responder chain), and the
+ * files it reads and writes.
+ *
+ * Each test process has a private Library folder and collects what the plug-in logs. Mail
+ * starts once per process (application, store, plug-in, in Mail's order); each test that needs
+ * a provider of its own starts one as Mail does, with a fresh main menu, a recent-items limit
+ * and a preferences file, and observes it through its methods.
+ */
+#import <AppKit/AppKit.h>
+#import "LorvaneBundle_Provider.h"
+#import "LorvaneMailbox.h"
+#import "MHAlertRecorder.h"
+#import "MHMailMenus.h"
+#import "MHPrivateFolders.h"
+#import "MailApp.h"
+#import "MailModel.h"
+#import "MailboxesController.h"
+#import "MessageViewer.h"
+#import "TableViewManager.h"
+
+#include <gtest/gtest.h>
+
+/* ---- The process ---- */
+
+/* A fresh, empty folder under the process's temporary root. */
+NSString *LVMakeTemporaryFolder(NSString *name);
+
+/* Every line logged since the last LVClearLog(), oldest first, without GNUstep's header. */
+NSArray *LVLoggedLines(void);
+void LVClearLog(void);
+NSUInteger LVLogCount(NSString *line);
+NSUInteger LVLogCountWithPrefix(NSString *prefix);
+
+/* Loads the built bundle once per process, as Mail loads plug-ins; YES when it loaded. */
+BOOL LVLoadPluginBundle(void);
+/* A class of the loaded plug-in, by name: the bundle is never linked in. */
+Class LVPluginClass(const char *name);
+
+/* Mail running with the plug-in loaded, once per process; alerts are recorded, never shown. */
+MailApp *LVStartMail(void);
+/* A copy of samples/store, made once per process; its accounts become Mail's active ones. */
+MHMailStore *LVSampleStore(void);
+/* "Account/Path/To/Mailbox" in the sample store's copy; fails the test when it is missing. */
+MailboxUid *LVSampleMailbox(NSString *accountAndPath);
+/* An empty store in a fresh folder; its accounts (none yet) become Mail's active ones. */
+MHMailStore *LVMakeStore(NSString *name);
+/* An account held in memory with these mailboxes, made active beside the others. */
+MailAccount *LVMemoryAccount(NSString *name, NSArray *relativePaths);
+
+/* ---- Lorvane started as Mail starts it ---- */
+
+/* A fresh main menu, the limit, the preferences file (a property list written as XML, the
+   file's bytes as NSData, none when nil), then the provider. */
+LorvaneBundle_Provider *LVStartProvider(int limit, id preferences);
+/* A saved record of the preferences file; a nil date is left out. */
+NSDictionary *LVSavedRecord(MailboxUid *mailbox, int accesses, NSString *date);
+NSDictionary *LVPreferences(int sortType, BOOL excludeSpecialMailboxes, NSArray *savedRecords);
+
+/* Mail's mailbox as the plug-in's interfaces type it. */
+static inline id<LVMailboxUid> LVUid(MailboxUid *mailbox)
+{
+    return (id<LVMailboxUid>)mailbox;
+}
+
+/* Mail's names of the listed mailboxes and their counts, front first, as the provider's
+   methods report them. */
+NSArray *LVListedNames(LorvaneBundle_Provider *provider);
+NSArray *LVListedCounts(LorvaneBundle_Provider *provider);
+
+/* ---- Menus ---- */
+
+/* The five recent submenus: move, copy, go-to, move-contextual, copy-contextual. */
+NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider);
+extern const char *const LVFamilyNames[5];
+/* Opens a submenu as AppKit does before showing it; chooses an item as a click does. */
+void LVOpenRecentMenu(NSMenu *submenu);
+void LVChooseItem(NSMenu *menu, NSInteger index);
+/* The titles above the separator, top to bottom. */
+NSArray *LVTitlesAboveSeparator(NSMenu *submenu);
+/* After an opening of "Move to Recent" (one opening updates all five), each of the five shows
+   the titles, then a separator and "Clear Menu", enabled exactly when there is something to
+   clear. */
+testing::AssertionResult LVSubmenusShow(LorvaneBundle_Provider *provider, NSArray *titles);
+/* The item right after the first item, searched through submenus, whose action is the selector. */
+NSMenuItem *LVItemAfterItemWithAction(NSMenu *menu, SEL action);
+NSMenuItem *LVItemAfterItem(NSMenuItem *item);
+
+/* Shows the mailbox in the viewer and selects its first messages; answers their paths. */
+NSArray *LVSelectFirstMessages(MessageViewer *viewer, MailboxUid *mailbox, NSUInteger count);
+/* Copies the first message of the source into each mailbox in turn through the viewer, as a
+   user files mail: each becomes a recent mailbox. */
+void LVUseMailboxes(MessageViewer *viewer, MailboxUid *source, NSArray *mailboxes);
+/* Alerts recorded since the last clear with the start-up title. */
+NSArray *LVRecordedStartupAlerts(void);
+
+/* ---- Files ---- */
+
+id LVReadPlist(NSString *path);
+/* What Python's plistlib makes of the file, as JSON; nil when it cannot read it. */
+id LVPythonReadPlist(NSString *path);
+
+/* Everything written to standard output between the two calls. */
+void LVBeginCapturingStandardOutput(void);
+NSString *LVEndCapturingStandardOutput(void);
+
+/* YES when the call raises an Objective-C exception. */
+template <class Call> bool LVRaises(Call call)
+{
+    @try {
+        call();
+    } @catch (NSException *exception) {
+        return true;
+    }
+    return false;
+}
+
+/* Equality of Objective-C objects with readable failure output. */
+#define EXPECT_NSEQ(expected, actual) EXPECT_STREQ([[(expected) description] UTF8String], [[(actual) description] UTF8String])
+#define ASSERT_NSEQ(expected, actual) ASSERT_STREQ([[(expected) description] UTF8String], [[(actual) description] UTF8String])
+#define EXPECT_SELEQ(expected, actual) EXPECT_STREQ(sel_getName(expected), sel_getName(actual))
