@@ -87,6 +87,7 @@ BOOL LVLoadPluginBundle(void)
         MHPrepareMailClassesForPlugins();
         bundle = [MHLoadMailBundle(@LORVANE_BUNDLE_PATH) retain];
         MHClearRecordedAlerts();
+        LVClearLog();
     }
     return bundle != nil;
 }
