@@ -38,7 +38,8 @@ BOOL LVLoadPluginBundle(void);
 /* A class of the loaded plug-in, by name: the bundle is never linked in. */
 Class LVPluginClass(const char *name);
 
-/* Mail running with the plug-in loaded, once per process; alerts are recorded, never shown. */
+/* Mail running with the plug-in loaded, once per process; alerts are recorded, never shown.
+   What loading logged and alerted is forgotten. */
 MailApp *LVStartMail(void);
 /* A copy of samples/store, made once per process; its accounts become Mail's active ones. */
 MHMailStore *LVSampleStore(void);

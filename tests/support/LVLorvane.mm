@@ -86,8 +86,6 @@ BOOL LVLoadPluginBundle(void)
         MHSetRecentItemsLimit(10);
         MHPrepareMailClassesForPlugins();
         bundle = [MHLoadMailBundle(@LORVANE_BUNDLE_PATH) retain];
-        MHClearRecordedAlerts();
-        LVClearLog();
     }
     return bundle != nil;
 }
@@ -100,7 +98,13 @@ Class LVPluginClass(const char *name)
 
 MailApp *LVStartMail(void)
 {
+    static BOOL started = NO;
     LVLoadPluginBundle();
+    if (!started) {
+        MHClearRecordedAlerts();
+        LVClearLog();
+        started = YES;
+    }
     return [MailApp sharedMailApp];
 }
 
