@@ -440,3 +440,36 @@ TEST(MailWithoutAtFirst, AClassMissingAtATransferIsLookedForAgainAtTheNext)
     }
     hiddenClassName = nullptr;
 }
+
+TEST_F(Mail, AnItemWhoseMailboxWasDeletedGoesToMailWhichMovesNothingAndTheNextOpeningDropsIt)
+{
+    struct Row {
+        NSString *mailbox;
+        NSMenu *submenu;
+        BOOL transfers; // NO: "Go to Recent"
+    } rows[] = {
+        { @"Home/Travel", [provider moveToRecentSubmenu], YES },
+        { @"Home/Family", [provider copyToRecentContextualSubmenu], YES },
+        { @"Home/Receipts", [provider goToRecentSubmenu], NO },
+    };
+    for (const Row &row : rows) {
+        MailboxUid *gone = LVSampleMailbox(row.mailbox);
+        NSString *name = [gone displayName];
+        LVOpenRecentMenu(row.submenu);
+        NSInteger index = [row.submenu indexOfItemWithTitle:name];
+        ASSERT_TRUE([mail deleteMailbox:gone]);
+        LVSelectFirstMessages(viewer, inbox, 1);
+        NSUInteger inboxBefore = messages(inbox);
+        LVClearLog();
+
+        EXPECT_FALSE(LVRaises([&] { LVChooseItem(row.submenu, index); })) << [name UTF8String];
+
+        // The name still matches, so the choice goes to Mail as it is; Mail finds the mailbox gone.
+        EXPECT_EQ(inboxBefore, messages(inbox));
+        EXPECT_EQ(row.transfers ? 1u : 0u, LVLogCountWithPrefix(@"MailHost could not transfer")) << [name UTF8String];
+        EXPECT_NSEQ(row.transfers ? @[ inbox ] : @[ gone ], [viewer selectedMailboxes]);
+        LVOpenRecentMenu(row.submenu);
+        EXPECT_FALSE([LVTitlesAboveSeparator(row.submenu) containsObject:name]);
+    }
+    EXPECT_EQ(0u, [MHRecordedAlerts() count]);
+}
