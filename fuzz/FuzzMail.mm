@@ -1,5 +1,6 @@
 #import "FuzzMail.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MailAccount.h"
 #import "MHPrivateFolders.h"
 #import "PluginHost.h"
 #import "PropertyListReader.h"

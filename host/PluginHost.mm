@@ -1,5 +1,4 @@
 #import "PluginHost.h"
-#import "MailModel.h"
 
 #include <objc/runtime.h>
 
@@ -54,9 +53,19 @@ static NSMutableArray *instances;
 void MHPrepareMailClassesForPlugins(void)
 {
     static const char *const mailClasses[] = {
-        "MVMailBundle", "MailboxUid", "MailAccount", "IMAPAccount", "MailboxesController",
-        "MessageViewer", "MessageTransfer", "MailApp", "AccountPreferences", "TableViewManager",
-        "NSToolbar", "NSMenu", "NSMenuItem",
+        "MVMailBundle",
+        "MailboxUid",
+        "MailAccount",
+        "IMAPAccount",
+        "MailboxesController",
+        "MessageViewer",
+        "MessageTransfer",
+        "MailApp",
+        "AccountPreferences",
+        "TableViewManager",
+        "NSToolbar",
+        "NSMenu",
+        "NSMenuItem",
     };
     for (const char *name : mailClasses)
         [objc_getClass(name) class];

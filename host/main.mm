@@ -3,7 +3,7 @@
  * window) and then either waits for a person or plays a scenario and exits.
  */
 #import "MailApp.h"
-#import "MailModel.h"
+#import "MHMailStore.h"
 #import "MHAlertRecorder.h"
 #import "MHLaunchOptions.h"
 #import "MHScenario.h"

@@ -1,5 +1,8 @@
 #import "LVTestSupport.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MHMailStore.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 
 #include <algorithm>
 #include <string>

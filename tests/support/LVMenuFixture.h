@@ -11,7 +11,10 @@
 #import "MHAlertRecorder.h"
 #import "MHMailMenus.h"
 #import "MailApp.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MHMailStore.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "LorvaneBundle_Provider.h"
 
 #include <objc/runtime.h>

@@ -7,7 +7,10 @@
  */
 #import "LVTestSupport.h"
 #import "LVMenuFixture.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MHMailStore.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "LorvaneBundle_Provider.h"
 #import "LorvaneMailbox.h"
 #import "LVRecentList.h"
