@@ -8,7 +8,7 @@
 #import "MHAlertRecorder.h"
 #import "MHPrivateFolders.h"
 #import "MailApp.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 
 #include <cstdio>
 #include <cstdlib>

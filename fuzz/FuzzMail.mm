@@ -2,7 +2,7 @@
 #import "IMAPAccount.h"
 #import "MailAccount.h"
 #import "MHPrivateFolders.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 #import "PropertyListReader.h"
 
 #include <objc/runtime.h>

@@ -6,7 +6,7 @@
 #import "MessageViewer.h"
 #import "MHMailboxList.h"
 #import "MHMailMenus.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 
 @interface MailApp (GoToMenu)
 - (void)reloadGoToMenu;

@@ -7,7 +7,7 @@
 #import "MHAlertRecorder.h"
 #import "MHLaunchOptions.h"
 #import "MHScenario.h"
-#import "PluginHost.h"
+#import "MHSystemVersion.h"
 
 #include <cstdlib>
 #include <cstring>

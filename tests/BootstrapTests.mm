@@ -9,7 +9,8 @@
 #import "LVProviderFixture.h"
 #import "MHAlertRecorder.h"
 #import "MailApp.h"
-#import "PluginHost.h"
+#import "MHSystemVersion.h"
+#import "MVMailBundle.h"
 
 #include <objc/runtime.h>
 

@@ -8,7 +8,7 @@
 #import "MailboxesController.h"
 #import "MessageTransfer.h"
 #import "MHMailMenus.h"
-#import "PluginHost.h"
+#import "MHSystemVersion.h"
 #import "TableViewManager-Recent.h"
 
 #include <objc/runtime.h>

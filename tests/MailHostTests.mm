@@ -14,7 +14,7 @@
 #import "MHScenario.h"
 #import "MHScenarioStep.h"
 #import "MHTransferOperation.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 #import "TableViewManager.h"
 
 #include <dlfcn.h>

@@ -1,7 +1,7 @@
 #import "LVTestSupport.h"
 #import "MHAlertRecorder.h"
 #import "MailApp.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 
 #include <cstdlib>
 #include <unistd.h>

@@ -1,54 +1,7 @@
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
+#import "MVMailBundle.h"
 
 #include <objc/runtime.h>
-
-static int systemVersion = 0x10C6;
-static OSErr gestaltStatus = 0;
-
-extern "C" __attribute__((visibility("default"))) OSErr Gestalt(OSType selector, int *response)
-{
-    if (selector != gestaltSystemVersion)
-        return -5551; // gestaltUndefSelectorErr
-    if (gestaltStatus != 0)
-        return gestaltStatus;
-    *response = systemVersion;
-    return 0;
-}
-
-void MHSetSystemVersion(int version)
-{
-    systemVersion = version;
-}
-
-void MHSetGestaltStatus(OSErr status)
-{
-    gestaltStatus = status;
-}
-
-static NSMutableArray *registeredClasses;
-static NSMutableArray *instances;
-
-@implementation MVMailBundle
-
-+ (void)registerBundle
-{
-    if (registeredClasses == nil)
-        registeredClasses = [[NSMutableArray alloc] init];
-    if (![registeredClasses containsObject:self])
-        [registeredClasses addObject:self];
-}
-
-+ (NSArray *)registeredBundleClasses
-{
-    return registeredClasses != nil ? registeredClasses : @[];
-}
-
-+ (NSArray *)bundleInstances
-{
-    return instances != nil ? instances : @[];
-}
-
-@end
 
 void MHPrepareMailClassesForPlugins(void)
 {
@@ -80,13 +33,10 @@ NSBundle *MHLoadMailBundle(NSString *path)
     NSUInteger alreadyRegistered = [[MVMailBundle registeredBundleClasses] count];
     if (![bundle load])
         return nil;
-    if (instances == nil)
-        instances = [[NSMutableArray alloc] init];
     NSArray *classes = [MVMailBundle registeredBundleClasses];
     for (NSUInteger i = alreadyRegistered; i < [classes count]; i++) {
         id instance = [[[classes objectAtIndex:i] alloc] init];
-        if (instance != nil)
-            [instances addObject:instance];
+        MHKeepMailBundleInstance(instance);
         [instance release];
     }
     return bundle;
