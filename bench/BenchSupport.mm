@@ -1,6 +1,6 @@
 #import "BenchSupport.h"
 #import "MHMailMenus.h"
-#import "MHPrivateFolders.h"
+#import "MHUserLibrary.h"
 #import "MHBundleLoader.h"
 
 #include <objc/runtime.h>

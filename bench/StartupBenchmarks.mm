@@ -7,6 +7,7 @@
 #import "LVLiteralSteps.h"
 #import "MHAlertRecorder.h"
 #import "MHPrivateFolders.h"
+#import "MHUserLibrary.h"
 #import "MailApp.h"
 #import "MHBundleLoader.h"
 

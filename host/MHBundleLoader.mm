@@ -1,4 +1,5 @@
 #import "MHBundleLoader.h"
+#import "MHUserLibrary.h"
 #import "MVMailBundle.h"
 
 #include <objc/runtime.h>
@@ -44,8 +45,7 @@ NSBundle *MHLoadMailBundle(NSString *path)
 
 NSArray *MHInstalledMailBundlePaths(void)
 {
-    NSString *library = [NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES) firstObject];
-    NSString *folder = [library stringByAppendingPathComponent:@"Mail/Bundles"];
+    NSString *folder = [MHUserLibraryFolder() stringByAppendingPathComponent:@"Mail/Bundles"];
     NSMutableArray *paths = [NSMutableArray array];
     for (NSString *name in [[[NSFileManager defaultManager] contentsOfDirectoryAtPath:folder error:NULL] sortedArrayUsingSelector:@selector(compare:)]) {
         if ([[name pathExtension] isEqualToString:@"mailbundle"])

@@ -42,7 +42,7 @@ protected:
     {
         MHSetRecordsAlerts(YES);
         [MailApp sharedMailApp];
-        LVSetRecentItemsLimit(10);
+        MHSetRecentItemsLimit(10);
         MHSetSystemVersion(systemVersion);
         MHSetGestaltStatus(gestaltStatus);
         Method registerBundle = class_getClassMethod([MVMailBundle class], @selector(registerBundle));
@@ -88,9 +88,9 @@ protected:
 
         // A plug-in that did not start leaves the user's preferences as they are.
         NSData *before = [@"<plist><dict/></plist>" dataUsingEncoding:NSUTF8StringEncoding];
-        ASSERT_TRUE([before writeToFile:LVPreferencesPath() atomically:YES]);
+        ASSERT_TRUE([before writeToFile:MHPreferencesFilePath() atomically:YES]);
         [LVMakeListProvider(10, 2, NO) writePreferences];
-        EXPECT_TRUE([[NSData dataWithContentsOfFile:LVPreferencesPath()] isEqualToData:before]);
+        EXPECT_TRUE([[NSData dataWithContentsOfFile:MHPreferencesFilePath()] isEqualToData:before]);
         EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane]"));
     }
 };

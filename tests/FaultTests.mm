@@ -127,12 +127,12 @@ NSString *const WriteFailureLine = @"[Lorvane] error writing to preferences file
 
 NSString *preferencesFolder(void)
 {
-    return [LVPreferencesPath() stringByDeletingLastPathComponent];
+    return [MHPreferencesFilePath() stringByDeletingLastPathComponent];
 }
 
 NSString *keptCopyPath(void)
 {
-    return [LVPreferencesPath() stringByAppendingString:@".bak"];
+    return [MHPreferencesFilePath() stringByAppendingString:@".bak"];
 }
 
 // Lorvane's files in the Preferences folder, temporary ones included, by name.
@@ -220,9 +220,9 @@ protected:
     // start-up does, and has the user then move messages to "Work".
     LorvaneBundle_Provider *startWith(NSData *contents)
     {
-        [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+        [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
         if (contents != nil)
-            EXPECT_TRUE([contents writeToFile:LVPreferencesPath() atomically:YES]);
+            EXPECT_TRUE([contents writeToFile:MHPreferencesFilePath() atomically:YES]);
         LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
         [provider readPreferences];
         [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
@@ -273,7 +273,7 @@ TEST_F(PreferencesFault, AFailedWriteLeavesTheOldFileWholeNoTemporaryFileAndOneL
 
         EXPECT_EQ(1, writeWithFault(provider, row.fault));
 
-        EXPECT_NSEQ(row.start, [NSData dataWithContentsOfFile:LVPreferencesPath()]);
+        EXPECT_NSEQ(row.start, [NSData dataWithContentsOfFile:MHPreferencesFilePath()]);
         EXPECT_NSEQ(row.filesAfter, lorvaneFiles());
         EXPECT_NSEQ(row.keptCopy, [NSData dataWithContentsOfFile:keptCopyPath()]);
         EXPECT_NSEQ(@[ WriteFailureLine ], LVLoggedLines());
@@ -312,7 +312,7 @@ TEST_F(PreferencesFault, AMissingFolderIsMadePrivateAndOneThatIsAFileStopsOnlyTh
             continue;
         }
         EXPECT_EQ(0u, [LVLoggedLines() count]);
-        EXPECT_NSEQ(@[ fullPath(@"Work") ], savedFullPaths(LVPreferencesPath()));
+        EXPECT_NSEQ(@[ fullPath(@"Work") ], savedFullPaths(MHPreferencesFilePath()));
         EXPECT_EQ(0700u, [[fileManager attributesOfItemAtPath:preferencesFolder() error:NULL] filePosixPermissions]);
     }
 }
@@ -349,7 +349,7 @@ TEST_F(PreferencesFault, AFileThatDidNotReadIsKeptBesideTheNewOneAsTheUserHadIt)
         [provider writePreferences];
 
         EXPECT_NSEQ(row.keptCopy, [NSData dataWithContentsOfFile:keptCopyPath()]);
-        EXPECT_TRUE([savedFullPaths(LVPreferencesPath()) containsObject:fullPath(@"Work")]);
+        EXPECT_TRUE([savedFullPaths(MHPreferencesFilePath()) containsObject:fullPath(@"Work")]);
         EXPECT_EQ(0u, [LVLoggedLines() count]);
     }
 }
@@ -378,14 +378,14 @@ TEST_F(PreferencesFault, AFileReplacedWhileMailRunsGivesWayToTheListAndNothingEl
         removeLorvaneFiles();
         LorvaneBundle_Provider *provider = startWith(row.start);
         NSArray *listed = [NSArray arrayWithObjects:fullPath(@"Work"), row.keptCopy == nil ? fullPath(@"Lists") : nil, nil];
-        [fileManager removeItemAtPath:LVPreferencesPath() error:NULL];
+        [fileManager removeItemAtPath:MHPreferencesFilePath() error:NULL];
         if (row.replacement == AnotherList)
-            ASSERT_TRUE([otherList writeToFile:LVPreferencesPath() atomically:YES]);
+            ASSERT_TRUE([otherList writeToFile:MHPreferencesFilePath() atomically:YES]);
         if (row.replacement == AFolder)
-            ASSERT_TRUE([fileManager createDirectoryAtPath:[LVPreferencesPath() stringByAppendingPathComponent:@"inside"] withIntermediateDirectories:YES attributes:nil error:NULL]);
+            ASSERT_TRUE([fileManager createDirectoryAtPath:[MHPreferencesFilePath() stringByAppendingPathComponent:@"inside"] withIntermediateDirectories:YES attributes:nil error:NULL]);
         if (row.replacement == ALinkElsewhere) {
             ASSERT_TRUE([otherList writeToFile:elsewhere atomically:YES]);
-            ASSERT_TRUE([fileManager createSymbolicLinkAtPath:LVPreferencesPath() pathContent:elsewhere]);
+            ASSERT_TRUE([fileManager createSymbolicLinkAtPath:MHPreferencesFilePath() pathContent:elsewhere]);
         }
         LVClearLog();
 
@@ -394,14 +394,14 @@ TEST_F(PreferencesFault, AFileReplacedWhileMailRunsGivesWayToTheListAndNothingEl
         EXPECT_NSEQ(row.keptCopy, [NSData dataWithContentsOfFile:keptCopyPath()]);
         if (!row.written) {
             EXPECT_NSEQ(@[ WriteFailureLine ], LVLoggedLines());
-            EXPECT_NSEQ(@[ @"inside" ], [fileManager contentsOfDirectoryAtPath:LVPreferencesPath() error:NULL]);
+            EXPECT_NSEQ(@[ @"inside" ], [fileManager contentsOfDirectoryAtPath:MHPreferencesFilePath() error:NULL]);
             continue;
         }
         EXPECT_EQ(0u, [LVLoggedLines() count]);
         EXPECT_NSEQ([listed sortedArrayUsingSelector:@selector(compare:)],
-                    [savedFullPaths(LVPreferencesPath()) sortedArrayUsingSelector:@selector(compare:)]);
+                    [savedFullPaths(MHPreferencesFilePath()) sortedArrayUsingSelector:@selector(compare:)]);
         // The plug-in replaces its own name in its folder; it never writes through into another file.
-        EXPECT_NSEQ(NSFileTypeRegular, [[fileManager attributesOfItemAtPath:LVPreferencesPath() error:NULL] fileType]);
+        EXPECT_NSEQ(NSFileTypeRegular, [[fileManager attributesOfItemAtPath:MHPreferencesFilePath() error:NULL] fileType]);
         if (row.replacement == ALinkElsewhere)
             EXPECT_NSEQ(otherList, [NSData dataWithContentsOfFile:elsewhere]);
     }
@@ -462,7 +462,7 @@ TEST_P(QuitWithSubmenuOpen, WritesTheWholeListAndTheSubmenuStillWorks)
     MessageViewer *viewer = [mail openMessageViewer];
     NSArray *used = @[ LVSampleMailbox(@"Home/Travel"), LVSampleMailbox(@"Work/Clients"), LVSampleMailbox(@"Home/Family") ];
     LVUseMailboxes(viewer, LVSampleMailbox(@"Home/Inbox"), used);
-    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
     NSMenu *move = [plugin moveToRecentSubmenu];
     LVClearLog();
 
@@ -485,7 +485,7 @@ TEST_P(QuitWithSubmenuOpen, WritesTheWholeListAndTheSubmenuStillWorks)
     for (MailboxUid *mailbox in used)
         [usedPaths addObject:[mailbox fullPath]];
     EXPECT_NSEQ([usedPaths sortedArrayUsingSelector:@selector(compare:)],
-                [savedFullPaths(LVPreferencesPath()) sortedArrayUsingSelector:@selector(compare:)]);
+                [savedFullPaths(MHPreferencesFilePath()) sortedArrayUsingSelector:@selector(compare:)]);
     EXPECT_EQ(0u, LVLogCount(WriteFailureLine));
     EXPECT_NSEQ((@[ @"Clients", @"Family", @"Travel" ]), LVTitlesAboveSeparator(move));
     // A choice still on its way when Mail quits is carried out.
@@ -546,7 +546,7 @@ TEST(DeletedMailboxOnScreen, ChoosingItHandsItToMailWhichMovesNothingAndTheNextO
         EXPECT_FALSE([LVTitlesAboveSeparator(row.submenu) containsObject:name]);
     }
     [plugin writePreferences];
-    EXPECT_EQ(0u, [savedFullPaths(LVPreferencesPath()) count]);
+    EXPECT_EQ(0u, [savedFullPaths(MHPreferencesFilePath()) count]);
 }
 
 /* ---- Lists at odd limits ---- */
@@ -566,7 +566,7 @@ NSArray *mailboxesInMemory(NSString *format, NSUInteger count)
 
 void writeFileListing(NSArray *mailboxes)
 {
-    ASSERT_TRUE([listingOf(mailboxes) writeToFile:LVPreferencesPath() atomically:YES]);
+    ASSERT_TRUE([listingOf(mailboxes) writeToFile:MHPreferencesFilePath() atomically:YES]);
 }
 
 NSArray *namesOf(NSArray *mailboxes)
@@ -605,7 +605,7 @@ TEST(ListLimits, AFileLongerThanALoweredLimitStartsAtTheLimitAndANewMailboxKeeps
         }
     }
     [provider writePreferences];
-    EXPECT_EQ(3u, [savedFullPaths(LVPreferencesPath()) count]);
+    EXPECT_EQ(3u, [savedFullPaths(MHPreferencesFilePath()) count]);
 }
 
 TEST(ListLimits, ALimitOfAThousandMakesItsItemsFillsTheMenusAndStaysBounded)
@@ -633,5 +633,5 @@ TEST(ListLimits, ALimitOfAThousandMakesItsItemsFillsTheMenusAndStaysBounded)
     LVChooseItem([provider goToRecentSubmenu], (NSInteger)limit - 1);
     EXPECT_NSEQ(@[ [mailboxes lastObject] ], [viewer selectedMailboxes]);
     [provider writePreferences];
-    EXPECT_EQ(limit, [savedFullPaths(LVPreferencesPath()) count]);
+    EXPECT_EQ(limit, [savedFullPaths(MHPreferencesFilePath()) count]);
 }

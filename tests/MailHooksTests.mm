@@ -411,7 +411,7 @@ TEST_F(MailHooks, QuittingWritesThePreferencesBeforeMailsOwnHandlerRuns)
 {
     MessageViewer *viewer = [mail openMessageViewer];
     LVUseMailboxes(viewer, LVSampleMailbox(@"Home/Inbox"), @[ LVSampleMailbox(@"Work/Clients"), LVSampleMailbox(@"Home/Travel") ]);
-    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
     mailStateProbe = terminationState;
     forgetCalls();
 
@@ -420,7 +420,7 @@ TEST_F(MailHooks, QuittingWritesThePreferencesBeforeMailsOwnHandlerRuns)
     ASSERT_EQ(1u, callCount(@"writePreferences"));
     EXPECT_NSEQ(@"Mail not yet told", [mailStatesAtCalls objectAtIndex:[providerCalls indexOfObject:@"writePreferences"]]);
     EXPECT_NSEQ(@"Mail handled termination", terminationState());
-    NSDictionary *saved = LVReadPlist(LVPreferencesPath());
+    NSDictionary *saved = LVReadPlist(MHPreferencesFilePath());
     ASSERT_TRUE(saved != nil);
     EXPECT_EQ(2u, [[saved objectForKey:@"RecentMailboxes"] count]);
 }
@@ -462,7 +462,7 @@ TEST(MailHooksWithoutProvider, EveryPatchedMethodStillDoesWhatMailDoes)
 
     [mail announceTermination];
     EXPECT_TRUE([[mail valueForKey:@"_terminationAnnounced"] boolValue]);
-    EXPECT_FALSE(fileExists(LVPreferencesPath()));
+    EXPECT_FALSE(fileExists(MHPreferencesFilePath()));
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"SWIZZLE Error - "));
 }
 

@@ -244,12 +244,12 @@ TEST_F(OddNames, ComeBackFromThePreferencesFileAtTheNextStartWithTheirCountsAndO
     NSArray *titles = LVTitlesAboveSeparator(moveMenu);
     NSArray *counts = accessCounts(provider, names);
     NSArray *fullPaths = listedFullPaths(provider, names.size());
-    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
 
     [mail announceTermination];
 
     // What any other property-list reader finds in the file.
-    NSDictionary *python = LVPythonReadPlist(LVPreferencesPath());
+    NSDictionary *python = LVPythonReadPlist(MHPreferencesFilePath());
     ASSERT_TRUE([python isKindOfClass:[NSDictionary class]]);
     EXPECT_NSEQ(fullPaths, [[python objectForKey:@"RecentMailboxes"] valueForKey:@"FullPath"]);
 

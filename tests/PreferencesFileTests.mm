@@ -18,7 +18,7 @@ protected:
     void SetUp() override
     {
         LVHomeAccountTest::SetUp();
-        [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+        [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
     }
 
     NSString *path(NSString *relativePath)
@@ -28,7 +28,7 @@ protected:
 
     void writeFile(id plist)
     {
-        ASSERT_TRUE(LVWritePlist(plist, LVPreferencesPath(), NO));
+        ASSERT_TRUE(MHWritePropertyList(plist, MHPreferencesFilePath(), NO));
     }
 
     // A fresh provider that has read the file, as the provider's start-up does.
@@ -119,7 +119,7 @@ TEST_F(PreferencesFile, ABinaryFilesRecordsAreLoadedInReverseFileOrderWithCounts
     NSArray *records = @[ saved(path(@"Work"), 7, workDate), saved(path(@"Projects/Zürich %@"), 2, dateText(-60)),
                           saved(path(@"Lists"), 1, dateText(-120)) ];
     NSDictionary *file = @{ @"SortType" : @2, @"ExcludeSpecialMailboxes" : boolean(NO), @"RecentMailboxes" : records };
-    ASSERT_TRUE(LVWritePlist(file, LVPreferencesPath(), YES));
+    ASSERT_TRUE(MHWritePropertyList(file, MHPreferencesFilePath(), YES));
 
     LorvaneBundle_Provider *provider = readWithLimit(10);
 
@@ -284,9 +284,9 @@ TEST_F(PreferencesFile, DamagedOrMisshapenFilesGiveTheDefaultsAndNeverStopMail)
     };
     for (const Row &row : rows) {
         if (row.contents == nil)
-            [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+            [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
         else if ([row.contents isKindOfClass:[NSData class]])
-            ASSERT_TRUE([row.contents writeToFile:LVPreferencesPath() atomically:YES]);
+            ASSERT_TRUE([row.contents writeToFile:MHPreferencesFilePath() atomically:YES]);
         else
             writeFile(row.contents);
         LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
@@ -307,13 +307,13 @@ TEST_F(PreferencesFile, WrittenFileIsXMLThatPythonReadsWithExactlyTheSavedKeysAn
 
     [writer writePreferences];
 
-    NSString *text = [NSString stringWithContentsOfFile:LVPreferencesPath() encoding:NSUTF8StringEncoding error:NULL];
+    NSString *text = [NSString stringWithContentsOfFile:MHPreferencesFilePath() encoding:NSUTF8StringEncoding error:NULL];
     EXPECT_TRUE([text hasPrefix:@"<?xml"]);
     // Typed as a Mac writes them: a boolean and an integer, not texts or reals.
     NSString *compact = [[text componentsSeparatedByCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]] componentsJoinedByString:@""];
     EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>ExcludeSpecialMailboxes</key><false/>"].location) << [text UTF8String];
     EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>SortType</key><integer>2</integer>"].location) << [text UTF8String];
-    NSDictionary *python = LVPythonReadPlist(LVPreferencesPath());
+    NSDictionary *python = LVPythonReadPlist(MHPreferencesFilePath());
     ASSERT_TRUE([python isKindOfClass:[NSDictionary class]]);
     EXPECT_NSEQ((@[ @"ExcludeSpecialMailboxes", @"RecentMailboxes", @"SortType" ]),
                 [[python allKeys] sortedArrayUsingSelector:@selector(compare:)]);
@@ -350,7 +350,7 @@ TEST_F(PreferencesFile, WritingAListReadFromAnOldFileSavesOnlyTheKnownKeysAndNoD
 
     [provider writePreferences];
 
-    NSArray *records = [LVReadPlist(LVPreferencesPath()) objectForKey:@"RecentMailboxes"];
+    NSArray *records = [LVReadPlist(MHPreferencesFilePath()) objectForKey:@"RecentMailboxes"];
     ASSERT_EQ(2u, [records count]);
     NSDictionary *work = [records objectAtIndex:1];
     EXPECT_NSEQ((@[ @"Accesses", @"Date", @"FullPath" ]), [[work allKeys] sortedArrayUsingSelector:@selector(compare:)]);
@@ -363,7 +363,7 @@ TEST_F(PreferencesFile, WritingAListReadFromAnOldFileSavesOnlyTheKnownKeysAndNoD
 TEST_F(PreferencesFile, AFailedWriteIsLoggedOnceAndKeepsTheList)
 {
     // A folder where the file belongs cannot be replaced by a file.
-    ASSERT_TRUE([[NSFileManager defaultManager] createDirectoryAtPath:LVPreferencesPath() withIntermediateDirectories:YES attributes:nil error:NULL]);
+    ASSERT_TRUE([[NSFileManager defaultManager] createDirectoryAtPath:MHPreferencesFilePath() withIntermediateDirectories:YES attributes:nil error:NULL]);
     LorvaneBundle_Provider *provider = LVMakeListProvider(10, 0, YES);
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Work"))];
 
@@ -372,7 +372,7 @@ TEST_F(PreferencesFile, AFailedWriteIsLoggedOnceAndKeepsTheList)
     EXPECT_EQ(1u, LVLogCount(WriteFailureLine));
     EXPECT_EQ(1u, LVLogCountWithPrefix(@"[Lorvane"));
     EXPECT_EQ(1u, [LVProviderList(provider) count]);
-    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
 }
 
 namespace {
@@ -503,7 +503,7 @@ TEST_F(PreferencesFile, AFileTheReaderRefusesGivesTheDefaultsWithoutAMessage)
     NSMutableData *padded = [NSMutableData dataWithData:xmlData(valid)];
     [padded appendData:[NSMutableData dataWithLength:[LVPluginClass("LVPropertyListReader") maximumLength]]];
     for (NSData *contents : { [[valid description] dataUsingEncoding:NSUTF8StringEncoding], (NSData *)padded }) {
-        ASSERT_TRUE([contents writeToFile:LVPreferencesPath() atomically:YES]);
+        ASSERT_TRUE([contents writeToFile:MHPreferencesFilePath() atomically:YES]);
         LorvaneBundle_Provider *provider = LVMakeListProvider(10, 2, NO);
         [provider readPreferences];
         expectDefaults(provider, "refused file");

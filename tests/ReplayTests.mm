@@ -194,9 +194,9 @@ protected:
     {
         NSDictionary *preferences = preferencesFile(GetParam().sortTypeInFile);
         if (preferences != nil)
-            ASSERT_TRUE(LVWritePlist(preferences, LVPreferencesPath(), chance(0.3)));
+            ASSERT_TRUE(MHWritePropertyList(preferences, MHPreferencesFilePath(), chance(0.3)));
         else
-            [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+            [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
         LVInstallFreshMainMenu();
         provider = LVMakeProvider(limit);
         // The viewer in front, as Mail reports it when a window becomes main.
@@ -212,7 +212,7 @@ protected:
     void endDay()
     {
         [mail applicationWillTerminate:nil];
-        NSData *data = [NSData dataWithContentsOfFile:LVPreferencesPath()];
+        NSData *data = [NSData dataWithContentsOfFile:MHPreferencesFilePath()];
         id written = data != nil ? [NSPropertyListSerialization propertyListWithData:data options:0 format:NULL error:NULL] : nil;
         EXPECT_TRUE([[oracle savedPreferences] isEqual:written]) << where << ": wrote " << text([written description]) << "\nwanted "
                                                                  << text([[oracle savedPreferences] description]);

@@ -7,11 +7,6 @@ const SEL LVFamilyActions[5] = {
     @selector(moveToRecentFromContextualSubmenu:), @selector(copyToRecentFromContextualSubmenu:),
 };
 
-NSString *recentItemsPath(void)
-{
-    return [LVTestLibraryFolder() stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"];
-}
-
 // Each recent submenu right after start-up: nothing but a separator and a disabled "Clear Menu".
 void expectBareRecentSubmenus(LorvaneBundle_Provider *provider)
 {
@@ -33,9 +28,9 @@ void expectBareRecentSubmenus(LorvaneBundle_Provider *provider)
 
 BOOL writesPreferences(LorvaneBundle_Provider *provider)
 {
-    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesPath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
     [provider writePreferences];
-    return [[NSFileManager defaultManager] fileExistsAtPath:LVPreferencesPath()];
+    return [[NSFileManager defaultManager] fileExistsAtPath:MHPreferencesFilePath()];
 }
 
 } // namespace
@@ -154,11 +149,11 @@ TEST(ProviderStartup, RecentItemsLimitIsReadFromTheSystemFileWhateverItHolds)
     LVStartMailWithPlugin();
     for (const Row &row : rows) {
         SCOPED_TRACE(row.name);
-        [[NSFileManager defaultManager] removeItemAtPath:recentItemsPath() error:NULL];
+        [[NSFileManager defaultManager] removeItemAtPath:MHRecentItemsFilePath() error:NULL];
         if ([row.contents isKindOfClass:[NSData class]])
-            [(NSData *)row.contents writeToFile:recentItemsPath() atomically:YES];
+            [(NSData *)row.contents writeToFile:MHRecentItemsFilePath() atomically:YES];
         else if (row.contents != nil)
-            ASSERT_TRUE(LVWritePlist(row.contents, recentItemsPath(), row.binary));
+            ASSERT_TRUE(MHWritePropertyList(row.contents, MHRecentItemsFilePath(), row.binary));
         LVInstallFreshMainMenu();
         LVClearLog();
         MHClearRecordedAlerts();

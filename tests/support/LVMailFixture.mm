@@ -14,7 +14,7 @@ LorvaneBundle_Provider *LVStartMailWithSampleStore(void)
     if (app == nil)
         return nil;
     MHSetRecordsAlerts(YES);
-    LVSetRecentItemsLimit(10);
+    MHSetRecentItemsLimit(10);
     NSString *source = [@LORVANE_SOURCE_DIR stringByAppendingPathComponent:@"samples/store"];
     sampleStore = [[MHMailStore copyOfStoreAtPath:source toPath:LVMakeTemporaryFolder(@"store")] retain];
     if (!LVLoadPluginBundle())

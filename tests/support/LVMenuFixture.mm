@@ -12,7 +12,7 @@ void LVStartMailWithPlugin(void)
     [MailApp sharedMailApp];
     // Mail's own instance of the plug-in needs a usable limit, or its failure would leave
     // every later provider inert.
-    LVSetRecentItemsLimit(10);
+    MHSetRecentItemsLimit(10);
     LVLoadPluginBundle();
     MHClearRecordedAlerts();
 }
@@ -28,7 +28,7 @@ NSMenu *LVInstallFreshMainMenu(void)
 LorvaneBundle_Provider *LVMakeProvider(int limit)
 {
     LVStartMailWithPlugin();
-    LVSetRecentItemsLimit(limit);
+    MHSetRecentItemsLimit(limit);
     return [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
 }
 

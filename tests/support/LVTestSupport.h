@@ -1,11 +1,13 @@
 /*
  * What every test shares: a private Library folder, the log lines the process wrote,
- * the plug-in loaded from the built bundle, and small plist helpers.
+ * the plug-in loaded from the built bundle, and small plist helpers. The files in the
+ * Library folder are written and found with MHUserLibrary.h.
  *
  * Tests reach the plug-in's classes by name (LVPluginClass), as Mail does: the bundle
  * is loaded at run time, never linked in.
  */
 #import <AppKit/AppKit.h>
+#import "MHUserLibrary.h"
 #include <gtest/gtest.h>
 
 /* The private Library folder ("<tmp>/Library") and home folder of this test process. */
@@ -31,18 +33,10 @@ void LVOpenRecentMenu(NSMenu *menu);
 /* Titles of the items above the separator: the recent mailboxes, top to bottom. */
 NSArray *LVTitlesAboveSeparator(NSMenu *menu);
 
-/* Writes a property list as XML (or binary when asked); YES on success. */
-BOOL LVWritePlist(id plist, NSString *path, BOOL binary);
 /* Reads any property list file; nil when missing or unreadable. */
 id LVReadPlist(NSString *path);
 /* Runs Python's plistlib on the file and answers what it printed as JSON, or nil. */
 id LVPythonReadPlist(NSString *path);
-
-/* The user's recent-items limit, as the system stores it ("RecentDocuments"/"MaxAmount"). */
-void LVSetRecentItemsLimit(int limit);
-void LVRemoveRecentItemsFile(void);
-/* The preferences file Lorvane reads and writes. */
-NSString *LVPreferencesPath(void);
 
 /* Tests of the plug-in's class utilities, loaded into a running Mail; the log starts empty
    after loading. */
@@ -52,7 +46,7 @@ protected:
 
     void SetUp() override
     {
-        LVSetRecentItemsLimit(10);
+        MHSetRecentItemsLimit(10);
         utilities = LVPluginClass("LVBundleUtilities");
         ASSERT_TRUE(utilities != Nil);
         LVClearLog();

@@ -126,13 +126,6 @@ NSArray *LVTitlesAboveSeparator(NSMenu *menu)
     return titles;
 }
 
-BOOL LVWritePlist(id plist, NSString *path, BOOL binary)
-{
-    NSPropertyListFormat format = binary ? NSPropertyListBinaryFormat_v1_0 : NSPropertyListXMLFormat_v1_0;
-    NSData *data = [NSPropertyListSerialization dataWithPropertyList:plist format:format options:0 error:NULL];
-    return data != nil && [data writeToFile:path atomically:YES];
-}
-
 id LVReadPlist(NSString *path)
 {
     NSData *data = [NSData dataWithContentsOfFile:path];
@@ -153,22 +146,6 @@ id LVPythonReadPlist(NSString *path)
         return nil;
     NSData *json = [NSData dataWithContentsOfFile:output];
     return json != nil ? [NSJSONSerialization JSONObjectWithData:json options:0 error:NULL] : nil;
-}
-
-void LVSetRecentItemsLimit(int limit)
-{
-    NSDictionary *items = @{ @"RecentDocuments" : @{ @"MaxAmount" : @(limit) } };
-    LVWritePlist(items, [LVTestLibraryFolder() stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"], YES);
-}
-
-void LVRemoveRecentItemsFile(void)
-{
-    [[NSFileManager defaultManager] removeItemAtPath:[LVTestLibraryFolder() stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"] error:NULL];
-}
-
-NSString *LVPreferencesPath(void)
-{
-    return [LVTestLibraryFolder() stringByAppendingPathComponent:@"Preferences/org.lorvane.mailbundle.plist"];
 }
 
 namespace {
