@@ -10,7 +10,8 @@
  */
 #import <AppKit/AppKit.h>
 #import "LorvaneBundle_Provider.h"
-#import "MailModel.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "MessageTransfer.h"
 #import "MessageViewer.h"
 

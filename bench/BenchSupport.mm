@@ -1,7 +1,7 @@
 #import "BenchSupport.h"
 #import "MHMailMenus.h"
-#import "MHPrivateFolders.h"
-#import "PluginHost.h"
+#import "MHUserLibrary.h"
+#import "MHBundleLoader.h"
 
 #include <objc/runtime.h>
 

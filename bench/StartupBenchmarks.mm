@@ -7,8 +7,9 @@
 #import "LVLiteralSteps.h"
 #import "MHAlertRecorder.h"
 #import "MHPrivateFolders.h"
+#import "MHUserLibrary.h"
 #import "MailApp.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -17,8 +17,9 @@
    menus), holding the given limit and an empty list. Stops the process when Mail cannot start. */
 LorvaneBundle_Provider *LVFuzzStartMail(int limit);
 
-/* The file of the user's Preferences folder by that name, holding exactly these bytes. */
-void LVFuzzWritePreferencesFile(NSString *name, const uint8_t *bytes, size_t length);
+/* Lorvane's preferences file, or the system's recent-items file, holding exactly these bytes. */
+void LVFuzzWritePreferencesFile(const uint8_t *bytes, size_t length);
+void LVFuzzWriteRecentItemsFile(const uint8_t *bytes, size_t length);
 
 /* YES when the plug-in's reader may hand these bytes to the platform's parser. */
 BOOL LVFuzzReaderAdmits(const uint8_t *bytes, size_t length);

@@ -1,7 +1,9 @@
 #import "FuzzMail.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MailAccount.h"
 #import "MHPrivateFolders.h"
-#import "PluginHost.h"
+#import "MHUserLibrary.h"
+#import "MHBundleLoader.h"
 #import "PropertyListReader.h"
 
 #include <objc/runtime.h>
@@ -18,7 +20,8 @@ extern "C" const char *__asan_default_options(void)
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
 static char temporaryRoot[] = "/tmp/lorvane-fuzz-XXXXXX";
-static NSString *libraryFolder;
+static NSString *preferencesFile;  // the two files the targets write, found once
+static NSString *recentItemsFile;
 static NSMutableArray *loggedLines;
 static NSUInteger exceptionsRaised;
 static NSString *lastException;   // "<name>: <reason>" of the latest, for the failure report
@@ -60,7 +63,9 @@ static void redirectUserFolders(void)
 {
     NSString *root = [NSString stringWithUTF8String:mkdtemp(temporaryRoot)];
     atexit(removeTemporaryRoot);
-    libraryFolder = [MHUsePrivateUserFolders(root) retain];
+    MHUsePrivateUserFolders(root);
+    preferencesFile = [MHPreferencesFilePath() retain];
+    recentItemsFile = [MHRecentItemsFilePath() retain];
 }
 
 static MailAccount *accountInMemory(Class kind, NSString *name, NSArray *relativePaths)
@@ -110,12 +115,21 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
     return provider;
 }
 
-void LVFuzzWritePreferencesFile(NSString *name, const uint8_t *bytes, size_t length)
+static void writeFile(NSString *path, const uint8_t *bytes, size_t length)
 {
-    NSString *path = [[libraryFolder stringByAppendingPathComponent:@"Preferences"] stringByAppendingPathComponent:name];
     FILE *file = fopen([path fileSystemRepresentation], "wb");
     if (file == NULL || fwrite(bytes, 1, length, file) != length || fclose(file) != 0)
         LVFuzzFail("cannot write the file to read");
+}
+
+void LVFuzzWritePreferencesFile(const uint8_t *bytes, size_t length)
+{
+    writeFile(preferencesFile, bytes, length);
+}
+
+void LVFuzzWriteRecentItemsFile(const uint8_t *bytes, size_t length)
+{
+    writeFile(recentItemsFile, bytes, length);
 }
 
 BOOL LVFuzzReaderAdmits(const uint8_t *bytes, size_t length)

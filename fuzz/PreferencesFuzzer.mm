@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length)
 {
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    LVFuzzWritePreferencesFile(@"org.lorvane.mailbundle.plist", bytes, length);
+    LVFuzzWritePreferencesFile(bytes, length);
     LVFuzzForget();
     [provider readPreferences];
 

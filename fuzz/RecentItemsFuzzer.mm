@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length)
 {
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    LVFuzzWritePreferencesFile(@"com.apple.recentitems.plist", bytes, length);
+    LVFuzzWriteRecentItemsFile(bytes, length);
     LVFuzzForget();
     int limit = [provider lv_readRecentItemsLimit];
 

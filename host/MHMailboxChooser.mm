@@ -1,5 +1,6 @@
 #import "MHMailboxChooser.h"
-#import "MailModel.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "MailboxesController.h"
 #import "MHAlertRecorder.h"
 #import "MHMailMenus.h"

@@ -1,5 +1,5 @@
 #import "MHMailboxIcons.h"
-#import "MailModel.h"
+#import "MailboxUid.h"
 
 #include <initializer_list>
 
@@ -55,7 +55,7 @@ void drawFolder()
 void drawInbox()
 {
     fillAndStroke(polygon({ { 1.5, 2.5 }, { 1.5, 8.5 }, { 5, 8.5 }, { 6, 6.5 }, { 10, 6.5 }, { 11, 8.5 }, { 14.5, 8.5 }, { 14.5, 2.5 } }),
-                  0x5B9BE0, 0x23508A);
+        0x5B9BE0, 0x23508A);
     line(8, 15, 8, 8.5, 0x23508A, 1.5);
     fillAndStroke(polygon({ { 5, 10.5 }, { 11, 10.5 }, { 8, 7 } }), 0x23508A, 0x23508A);
 }

@@ -1,6 +1,7 @@
 #import "MHMailboxList.h"
 #import "MailboxesController.h"
-#import "MailModel.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 
 #include <iterator>
 

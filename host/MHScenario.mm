@@ -1,6 +1,8 @@
 #import "MHScenario.h"
 #import "MailApp.h"
-#import "MailModel.h"
+#import "MHMailStore.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "MessageTransfer.h"
 #import "MessageViewer.h"
 #import "MHAlertRecorder.h"
@@ -25,13 +27,21 @@ struct StepAction {
 };
 
 const StepAction stepActions[] = {
-    { "select-mailbox", "runSelectMailbox:" }, { "select-messages", "runSelectMessages:" },
-    { "move-to", "runTransfer:" }, { "copy-to", "runTransfer:" },
-    { "show-menu", "runShowMenu:" }, { "choose", "runChoose:" },
-    { "rename-mailbox", "runRenameMailbox:" }, { "delete-mailbox", "runDeleteMailbox:" },
-    { "remove-account", "runRemoveAccount:" }, { "add-account", "runAddAccount:" },
-    { "list-messages", "runListMessages:" }, { "list-alerts", "runListAlerts:" },
-    { "new-viewer", "runNewViewer:" }, { "screenshot", "runScreenshot:" }, { "quit", "runQuit:" },
+    { "select-mailbox", "runSelectMailbox:" },
+    { "select-messages", "runSelectMessages:" },
+    { "move-to", "runTransfer:" },
+    { "copy-to", "runTransfer:" },
+    { "show-menu", "runShowMenu:" },
+    { "choose", "runChoose:" },
+    { "rename-mailbox", "runRenameMailbox:" },
+    { "delete-mailbox", "runDeleteMailbox:" },
+    { "remove-account", "runRemoveAccount:" },
+    { "add-account", "runAddAccount:" },
+    { "list-messages", "runListMessages:" },
+    { "list-alerts", "runListAlerts:" },
+    { "new-viewer", "runNewViewer:" },
+    { "screenshot", "runScreenshot:" },
+    { "quit", "runQuit:" },
 };
 
 NSString *quoted(NSString *text)
@@ -119,7 +129,7 @@ NSString *quoted(NSString *text)
 {
     NSString *buttons = [[alert objectForKey:MHAlertButtonsKey] componentsJoinedByString:@", "];
     return [NSString stringWithFormat:@"  alert %@: %@ [%@]", quoted([alert objectForKey:MHAlertTitleKey] ?: @""),
-                                      [alert objectForKey:MHAlertMessageKey] ?: @"", buttons];
+                     [alert objectForKey:MHAlertMessageKey] ?: @"", buttons];
 }
 
 // Alerts the step raised are part of what happened.
@@ -367,7 +377,7 @@ NSString *quoted(NSString *text)
     MHTransferOperation *last = [operations lastObject];
     NSUInteger arrived = [[operations filteredArrayUsingPredicate:[NSPredicate predicateWithFormat:@"resultPath != nil"]] count];
     [self say:[NSString stringWithFormat:@"  %@ %lu of %lu messages to %@", [last deletesOriginal] ? @"moved" : @"copied",
-                                         (unsigned long)arrived, (unsigned long)[operations count], [self pathOfMailbox:[last destinationMailboxUid]]]];
+                        (unsigned long)arrived, (unsigned long)[operations count], [self pathOfMailbox:[last destinationMailboxUid]]]];
 }
 
 - (void)sayChangesSince:(NSDictionary *)before

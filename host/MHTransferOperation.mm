@@ -1,5 +1,5 @@
 #import "MHTransferOperation.h"
-#import "MailModel.h"
+#import "MailboxUid.h"
 
 @implementation MHTransferOperation
 

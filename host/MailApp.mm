@@ -1,11 +1,12 @@
 #import "MailApp.h"
 #import "AccountPreferences.h"
 #import "MailboxesController.h"
-#import "MailModel.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "MessageViewer.h"
 #import "MHMailboxList.h"
 #import "MHMailMenus.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
 
 @interface MailApp (GoToMenu)
 - (void)reloadGoToMenu;

@@ -1,5 +1,5 @@
 #import "MailboxesController.h"
-#import "MailModel.h"
+#import "MailboxUid.h"
 #import "MHMailboxIcons.h"
 
 @implementation MailboxesController

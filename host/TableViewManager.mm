@@ -1,5 +1,5 @@
 #import "TableViewManager.h"
-#import "MailModel.h"
+#import "MailboxUid.h"
 #import "MHMailMenus.h"
 #import "MHMessageSummary.h"
 

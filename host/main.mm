@@ -3,11 +3,11 @@
  * window) and then either waits for a person or plays a scenario and exits.
  */
 #import "MailApp.h"
-#import "MailModel.h"
+#import "MHMailStore.h"
 #import "MHAlertRecorder.h"
 #import "MHLaunchOptions.h"
 #import "MHScenario.h"
-#import "PluginHost.h"
+#import "MHSystemVersion.h"
 
 #include <cstdlib>
 #include <cstring>

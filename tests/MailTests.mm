@@ -6,7 +6,9 @@
  */
 #import "LVLorvane.h"
 #import "MessageTransfer.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
+#import "MHSystemVersion.h"
+#import "MVMailBundle.h"
 #import "TableViewManager-Recent.h"
 
 #include <dlfcn.h>

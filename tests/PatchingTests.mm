@@ -9,7 +9,9 @@
  * and so need a process of their own, as CTest runs every test.
  */
 #import "LVLorvane.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
+#import "MHSystemVersion.h"
+#import "MVMailBundle.h"
 #import "Utilities.h"
 
 #include <objc/runtime.h>

@@ -1,5 +1,7 @@
 #import "LVLiteralSteps.h"
-#import "MailModel.h"
+#import "IMAPAccount.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 #import "MailboxesController.h"
 
 #include <cmath>

@@ -1,5 +1,7 @@
 #import "LVLorvane.h"
-#import "PluginHost.h"
+#import "MHBundleLoader.h"
+#import "MHSystemVersion.h"
+#import "MVMailBundle.h"
 
 #include <objc/runtime.h>
 
