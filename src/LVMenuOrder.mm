@@ -1,4 +1,5 @@
 #import "LVMenuOrder.h"
+#import "LVCollator.h"
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
 
@@ -7,11 +8,6 @@
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
-
-#if defined(GS_USE_ICU) && GS_USE_ICU == 1
-#include <unicode/ucol.h>
-#define LV_COLLATION_KEYS 1
-#endif
 
 namespace {
 
@@ -24,74 +20,20 @@ struct Name {
     std::string key;         // the collation key of `folded`, when keys can be made
 };
 
-struct Collation {
-    NSString *localeIdentifier = nil;
-#if LV_COLLATION_KEYS
-    UCollator *collator = nullptr;
-#endif
-
-    // Keys are made with the collator the platform's -localizedCompare: opens for the current
-    // locale, so that comparing two keys answers what comparing the two names would.
-    bool followCurrentLocale()
-    {
-        NSString *identifier = [[NSLocale currentLocale] localeIdentifier];
-        if (localeIdentifier != nil && [identifier isEqualToString:localeIdentifier])
-            return false;
-        [localeIdentifier release];
-        localeIdentifier = [identifier copy];
-#if LV_COLLATION_KEYS
-        if (collator != nullptr)
-            ucol_close(collator);
-        UErrorCode status = U_ZERO_ERROR;
-        const char *locale = [identifier length] > 0 ? [identifier UTF8String] : NULL;
-        collator = ucol_open(locale, &status);
-        if (!U_SUCCESS(status)) {
-            ucol_close(collator);
-            collator = nullptr;
-        }
-#endif
-        return true;
+// Without collation keys the folded names are compared as -localizedCompare: compares them.
+int compareNames(const Name &a, const Name &b, bool keyed)
+{
+    int order = 0;
+    if (keyed) {
+        order = a.key.compare(b.key);
+    } else {
+        NSComparisonResult result = [a.folded localizedCompare:b.folded];
+        order = result == NSOrderedSame ? 0 : (result == NSOrderedAscending ? -1 : 1);
     }
+    return order != 0 ? order : a.spelling.compare(b.spelling);
+}
 
-    void makeKey(Name &name)
-    {
-        name.key.clear();
-#if LV_COLLATION_KEYS
-        if (collator == nullptr)
-            return;
-        std::u16string folded(name.folded != nil ? [name.folded length] : 0, u'\0');
-        [name.folded getCharacters:(unichar *)folded.data() range:NSMakeRange(0, folded.size())];
-        name.key.resize(64);
-        for (;;) {
-            int32_t length = ucol_getSortKey(collator, (const UChar *)folded.data(), (int32_t)folded.size(),
-                (uint8_t *)&name.key[0], (int32_t)name.key.size());
-            if (length <= (int32_t)name.key.size()) {
-                name.key.resize(length > 0 ? (size_t)length - 1 : 0); // without the final 0
-                return;
-            }
-            name.key.resize((size_t)length);
-        }
-#endif
-    }
-
-    int compare(const Name &a, const Name &b) const
-    {
-#if LV_COLLATION_KEYS
-        if (collator != nullptr) {
-            int order = a.key.compare(b.key);
-            if (order != 0)
-                return order;
-            return a.spelling.compare(b.spelling);
-        }
-#endif
-        NSComparisonResult order = [a.folded localizedCompare:b.folded];
-        if (order != NSOrderedSame)
-            return order == NSOrderedAscending ? -1 : 1;
-        return a.spelling.compare(b.spelling);
-    }
-};
-
-void setName(Name &name, NSString *text, Collation &collation)
+void setName(Name &name, NSString *text, LVCollator *collator)
 {
     if (text == name.text)
         return;
@@ -101,7 +43,8 @@ void setName(Name &name, NSString *text, Collation &collation)
     name.folded = [[name.text lowercaseString] retain];
     name.spelling.assign([name.text length], u'\0');
     [name.text getCharacters:(unichar *)name.spelling.data() range:NSMakeRange(0, name.spelling.size())];
-    collation.makeKey(name);
+    NSData *key = [collator keyOfString:name.folded];
+    name.key.assign((const char *)[key bytes], [key length]);
 }
 
 void clearName(Name &name)
@@ -135,7 +78,8 @@ int menuSortType(int sortType)
 } // namespace
 
 struct LVMenuOrderState {
-    Collation collation;
+    LVCollator *collator = nil;    // owned
+    bool keyed = false;            // names are compared by their collation keys
     std::vector<Known> known;      // by slot
     std::vector<LVListSlot> order; // the menu order
     std::vector<size_t> position;  // by slot: where the record stands in the list
@@ -174,7 +118,7 @@ struct LVMenuOrderState {
         known.touches = listed.touches;
         known.record = listed.record;
         known.mailbox = listed.mailbox;
-        setName(known.mailName, mailName, collation);
+        setName(known.mailName, mailName, collator);
         joinRun(listed.slot);
         known.needsFacts = known.needsPlace = true;
     }
@@ -183,7 +127,7 @@ struct LVMenuOrderState {
     {
         Known &known = this->known[slot];
         leaveRun(slot);
-        setName(known.mailName, mailName, collation);
+        setName(known.mailName, mailName, collator);
         joinRun(slot);
         known.needsFacts = known.needsPlace = true;
     }
@@ -292,7 +236,7 @@ struct LVMenuOrderState {
         if (known[slot].shownName.text != nil && [text isEqualToString:known[slot].shownName.text])
             return;
         Name shown;
-        setName(shown, text, collation);
+        setName(shown, text, collator);
         showName(slot, shown);
         clearName(shown);
     }
@@ -332,11 +276,11 @@ struct LVMenuOrderState {
             if (x.sortKey != y.sortKey)
                 return x.sortKey > y.sortKey;
         } else {
-            int order = collation.compare(x.shownName, y.shownName);
+            int order = compareNames(x.shownName, y.shownName, keyed);
             if (order != 0)
                 return order < 0;
         }
-        int order = collation.compare(x.mailName, y.mailName);
+        int order = compareNames(x.mailName, y.mailName, keyed);
         if (order != 0)
             return order < 0;
         return position[a] < position[b];
@@ -392,17 +336,14 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     if (nil == (self = [super init]))
         return nil;
     _state = new LVMenuOrderState;
+    _state->collator = [[LVCollator alloc] init];
     return self;
 }
 
 - (void)dealloc
 {
     _state->forgetEveryone();
-    [_state->collation.localeIdentifier release];
-#if LV_COLLATION_KEYS
-    if (_state->collation.collator != nullptr)
-        ucol_close(_state->collation.collator);
-#endif
+    [_state->collator release];
     delete _state;
     [super dealloc];
 }
@@ -420,7 +361,8 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     if (!readMailNames(listed, names))
         return NO;
 
-    if (state.collation.followCurrentLocale() || state.sortType != menuSortType(sortType)) {
+    if ([state.collator followCurrentLocale] || state.sortType != menuSortType(sortType)) {
+        state.keyed = [state.collator makesKeys];
         state.forgetEveryone();
         state.sortType = menuSortType(sortType);
     }

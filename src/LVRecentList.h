@@ -4,6 +4,7 @@
 #include <stdint.h>
 
 @class LorvaneMailbox;
+@class LVEvictionOrder;
 @class LVMenuOrder;
 
 /* How the menus order the list; eviction drops the least used record under LVSortByAccesses
@@ -50,6 +51,7 @@ typedef struct {
 {
     struct LVRecentListState *_state; // owned
     unsigned long _mutations;         // what fast enumeration watches
+    LVEvictionOrder *_evictionOrder;  // owned
     LVMenuOrder *_menuOrder;          // owned
 }
 

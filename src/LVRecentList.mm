@@ -1,9 +1,9 @@
 #import "LVRecentList.h"
+#import "LVEvictionOrder.h"
 #import "LVMenuOrder.h"
 #import "LorvaneMailbox.h"
 
 #include <algorithm>
-#include <cmath>
 #include <unordered_map>
 #include <vector>
 
@@ -12,19 +12,8 @@ namespace {
 struct Entry {
     LorvaneMailbox *record = nil;   // retained while listed
     id<LVMailboxUid> mailbox = nil; // the record's mailbox when it was listed
-    double key = 0;                 // higher keys come first in the eviction order
-    bool keyValid = true;           // NO for a record without a date where dates order the list
     uint32_t generation = 0;
     uint32_t touches = 0;
-    int64_t position = 0; // orders it in the list while positionEpoch is current
-    uint64_t positionEpoch = 0;
-};
-
-// A record's place in the eviction order, its key beside it so that searching touches only
-// the order itself.
-struct Filed {
-    double key;
-    LVListSlot slot;
 };
 
 struct Listing {
@@ -35,139 +24,16 @@ struct Listing {
 } // namespace
 
 struct LVRecentListState {
-    int sortType = 0;
     std::vector<Entry> entries; // by slot
     std::vector<LVListSlot> freeSlots;
     std::vector<LVListSlot> order; // the list, front first
-    // The eviction order, while `evictionCurrent`: key descending, then list order.
-    std::vector<Filed> eviction;
-    bool evictionCurrent = true;
-    // The list stands in the eviction order itself: making room needs no copy of it.
-    bool inEvictionOrder = true;
     std::unordered_map<const void *, Listing> listings;
     size_t mailboxesListedTwice = 0;
     size_t recordsWithoutMailbox = 0;
-    size_t recordsWithoutKey = 0;
-    // Positions need not be indexes, only ordered as the list is: the front takes ever lower
-    // ones, the back ever higher, and anything else makes them all stale at once.
-    uint64_t epoch = 1;
-    bool positionsCurrent = true;
-    int64_t front = 0;
-    int64_t back = -1;
 
-    bool indexable() const
+    bool mailboxesIndexable() const
     {
-        return mailboxesListedTwice == 0 && recordsWithoutMailbox == 0 && recordsWithoutKey == 0;
-    }
-
-    bool byAccesses() const
-    {
-        return sortType == LVSortByAccesses;
-    }
-
-    void readKey(Entry &entry)
-    {
-        if (byAccesses()) {
-            entry.key = [entry.record accesses];
-            entry.keyValid = true;
-            return;
-        }
-        // A record whose saved date did not parse ties with every other: no order at all.
-        NSDate *date = [entry.record date];
-        entry.key = date != nil ? [date timeIntervalSinceReferenceDate] : NAN;
-        entry.keyValid = !std::isnan(entry.key);
-    }
-
-    void ensurePositions()
-    {
-        if (positionsCurrent)
-            return;
-        epoch++;
-        for (size_t index = 0; index < order.size(); index++) {
-            Entry &entry = entries[order[index]];
-            entry.position = (int64_t)index;
-            entry.positionEpoch = epoch;
-        }
-        front = 0;
-        back = (int64_t)order.size() - 1;
-        positionsCurrent = true;
-    }
-
-    void forgetPositions()
-    {
-        positionsCurrent = false;
-    }
-
-    bool ranksBefore(const Filed &a, const Filed &b)
-    {
-        if (a.key != b.key)
-            return a.key > b.key;
-        ensurePositions();
-        return entries[a.slot].position < entries[b.slot].position;
-    }
-
-    // The eviction order exists only for an indexable list; it is made again when one becomes
-    // indexable, and kept from then on.
-    bool ensureEviction()
-    {
-        if (!indexable())
-            return false;
-        if (evictionCurrent)
-            return true;
-        eviction.clear();
-        for (LVListSlot slot : order)
-            eviction.push_back(Filed { entries[slot].key, slot });
-        std::stable_sort(eviction.begin(), eviction.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
-        evictionCurrent = true;
-        inEvictionOrder = false;
-        return true;
-    }
-
-    // A newcomer at the front of the list goes before every record that shares its key, so
-    // the newest record, the usual one, takes the first place without a search.
-    void fileForEviction(LVListSlot slot, bool atFront)
-    {
-        if (!evictionCurrent || !indexable())
-            return;
-        Filed filed = { entries[slot].key, slot };
-        if (atFront && (eviction.empty() || filed.key >= eviction.front().key)) {
-            eviction.insert(eviction.begin(), filed);
-            return;
-        }
-        inEvictionOrder = false;
-        auto place = std::lower_bound(eviction.begin(), eviction.end(), filed,
-            [this](const Filed &placed, const Filed &newcomer) { return ranksBefore(placed, newcomer); });
-        eviction.insert(place, filed);
-    }
-
-    // Found by its key, then by identity among the records that share it; the record eviction
-    // drops is the last one.
-    void unfileForEviction(LVListSlot slot)
-    {
-        if (!evictionCurrent || !indexable())
-            return;
-        if (!eviction.empty() && eviction.back().slot == slot) {
-            eviction.pop_back();
-            return;
-        }
-        double key = entries[slot].key;
-        auto first = std::lower_bound(eviction.begin(), eviction.end(), key, [](const Filed &placed, double wanted) { return placed.key > wanted; });
-        auto found = std::find_if(first, eviction.end(), [slot](const Filed &placed) { return placed.slot == slot; });
-        if (found != eviction.end())
-            eviction.erase(found);
-    }
-
-    void takeEvictionOrder()
-    {
-        for (size_t index = 0; index < order.size(); index++)
-            order[index] = eviction[index].slot;
-        inEvictionOrder = true;
-    }
-
-    void countKey(const Entry &entry, int delta)
-    {
-        if (!entry.keyValid)
-            recordsWithoutKey += delta;
+        return mailboxesListedTwice == 0 && recordsWithoutMailbox == 0;
     }
 
     void countMailbox(LVListSlot slot, const Entry &entry)
@@ -239,7 +105,7 @@ struct LVRecentListState {
         return slot;
     }
 
-    void insert(LorvaneMailbox *record, size_t index)
+    void insert(LorvaneMailbox *record, size_t index, LVEvictionOrder *eviction)
     {
         LVListSlot slot = takeSlot();
         Entry &entry = entries[slot];
@@ -247,42 +113,21 @@ struct LVRecentListState {
         entry.mailbox = [record uid];
         entry.generation++;
         entry.touches = 0;
-        readKey(entry);
-        countKey(entry, +1);
         countMailbox(slot, entry);
         order.insert(order.begin() + (long)index, slot);
-        placeNewPosition(entry, index);
-        if (evictionCurrent && !indexable())
-            evictionCurrent = false;
-        if (index != 0)
-            inEvictionOrder = false;
-        fileForEviction(slot, index == 0);
-    }
-
-    void placeNewPosition(Entry &entry, size_t index)
-    {
-        if (!positionsCurrent)
-            return;
-        if (index == 0)
-            entry.position = --front;
-        else if (index + 1 == order.size())
-            entry.position = ++back;
-        else
-            return forgetPositions();
-        entry.positionEpoch = epoch;
+        if (!mailboxesIndexable())
+            [eviction invalidate];
+        [eviction fileRecord:record inSlot:slot atIndex:index ofList:order.data() count:order.size()];
     }
 
     // The record leaves the list's notes; the caller releases it.
-    LorvaneMailbox *remove(size_t index)
+    LorvaneMailbox *remove(size_t index, LVEvictionOrder *eviction)
     {
         LVListSlot slot = order[index];
         Entry &entry = entries[slot];
-        unfileForEviction(slot);
+        [eviction unfileSlot:slot];
         order.erase(order.begin() + (long)index);
-        countKey(entry, -1);
         uncountMailbox(slot, entry);
-        if (!indexable())
-            evictionCurrent = false;
         LorvaneMailbox *record = entry.record;
         entry.record = nil;
         entry.mailbox = nil;
@@ -291,19 +136,10 @@ struct LVRecentListState {
     }
 
     // A listed record's count or date changed: it is filed again under its new key.
-    void refile(LVListSlot slot)
+    void touch(LVListSlot slot, LVEvictionOrder *eviction)
     {
-        Entry &entry = entries[slot];
-        bool wasIndexable = indexable();
-        unfileForEviction(slot);
-        countKey(entry, -1);
-        readKey(entry);
-        countKey(entry, +1);
-        entry.touches++;
-        if (wasIndexable && !indexable())
-            evictionCurrent = false;
-        inEvictionOrder = false;
-        fileForEviction(slot, false);
+        entries[slot].touches++;
+        [eviction refileSlot:slot ofList:order.data() count:order.size()];
     }
 
     void removeAll()
@@ -315,29 +151,8 @@ struct LVRecentListState {
             freeSlots.push_back(slot);
         }
         order.clear();
-        eviction.clear();
-        evictionCurrent = true;
-        inEvictionOrder = true;
         listings.clear();
-        mailboxesListedTwice = recordsWithoutMailbox = recordsWithoutKey = 0;
-        forgetPositions();
-    }
-
-    // After the list was put in another order, records that share a key stand in the
-    // eviction order as they now stand in the list.
-    void reorderTiesForEviction()
-    {
-        if (!evictionCurrent || !indexable())
-            return;
-        ensurePositions();
-        for (auto run = eviction.begin(); run != eviction.end();) {
-            auto end = run + 1;
-            while (end != eviction.end() && end->key == run->key)
-                end++;
-            if (end - run > 1)
-                std::sort(run, end, [this](const Filed &a, const Filed &b) { return entries[a.slot].position < entries[b.slot].position; });
-            run = end;
-        }
+        mailboxesListedTwice = recordsWithoutMailbox = 0;
     }
 };
 
@@ -346,23 +161,30 @@ static SEL evictionComparator(int sortType)
     return sortType == LVSortByAccesses ? @selector(sortCompareAccesses:) : @selector(sortCompareDate:);
 }
 
+// The exception a plain array raises for an index past its last element.
+static void checkIndex(NSUInteger index, NSUInteger count)
+{
+    if (index >= count)
+        [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)count];
+}
+
 @implementation LVRecentList
 
 - (id)initWithSortType:(int)sortType
 {
-    if (nil == (self = [self initWithCapacity:0]))
+    if (nil == (self = [super init]))
         return nil;
-    _state->sortType = sortType;
+    _state = new LVRecentListState;
+    _evictionOrder = [[LVEvictionOrder alloc] initWithSortType:sortType];
+    _menuOrder = [[LVMenuOrder alloc] init];
     return self;
 }
 
 - (id)initWithCapacity:(NSUInteger)capacity
 {
-    if (nil == (self = [super init]))
+    if (nil == (self = [self initWithSortType:LVSortByName]))
         return nil;
-    _state = new LVRecentListState;
     _state->order.reserve(capacity);
-    _menuOrder = [[LVMenuOrder alloc] init];
     return self;
 }
 
@@ -384,6 +206,7 @@ static SEL evictionComparator(int sortType)
 {
     _state->removeAll();
     delete _state;
+    [_evictionOrder release];
     [_menuOrder release];
     [super dealloc];
 }
@@ -397,8 +220,7 @@ static SEL evictionComparator(int sortType)
 
 - (id)objectAtIndex:(NSUInteger)index
 {
-    if (index >= _state->order.size())
-        [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)_state->order.size()];
+    checkIndex(index, _state->order.size());
     return _state->entries[_state->order[index]].record;
 }
 
@@ -443,7 +265,7 @@ static SEL evictionComparator(int sortType)
     if (index > _state->order.size())
         [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)_state->order.size()];
     _mutations++;
-    _state->insert(record, index);
+    _state->insert(record, index, _evictionOrder);
 }
 
 - (void)addObject:(id)record
@@ -453,11 +275,10 @@ static SEL evictionComparator(int sortType)
 
 - (void)removeObjectAtIndex:(NSUInteger)index
 {
-    if (index >= _state->order.size())
-        [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)_state->order.size()];
+    checkIndex(index, _state->order.size());
     _mutations++;
     // Released only once the notes no longer mention it: its -dealloc may look at the list.
-    [_state->remove(index) release];
+    [_state->remove(index, _evictionOrder) release];
 }
 
 - (void)removeLastObject
@@ -478,31 +299,24 @@ static SEL evictionComparator(int sortType)
 {
     _mutations++;
     _state->removeAll();
+    [_evictionOrder unfileAll];
 }
 
 #pragma mark The list's own questions
 
 - (int)sortType
 {
-    return _state->sortType;
+    return [_evictionOrder sortType];
 }
 
 - (void)setSortType:(int)sortType
 {
-    if (sortType == _state->sortType)
-        return;
-    _state->sortType = sortType;
-    _state->recordsWithoutKey = 0;
-    for (LVListSlot slot : _state->order) {
-        _state->readKey(_state->entries[slot]);
-        _state->countKey(_state->entries[slot], +1);
-    }
-    _state->evictionCurrent = false;
+    [_evictionOrder setSortType:sortType];
 }
 
 - (BOOL)isIndexed
 {
-    return _state->indexable();
+    return _state->mailboxesIndexable() && [_evictionOrder keysEveryRecord];
 }
 
 - (LorvaneMailbox *)recordWithMailbox:(id<LVMailboxUid>)mailbox
@@ -528,7 +342,7 @@ static SEL evictionComparator(int sortType)
     LorvaneMailbox *record = _state->entries[(LVListSlot)slot].record;
     [record incrementAccesses];
     [record setDate:date];
-    _state->refile((LVListSlot)slot);
+    _state->touch((LVListSlot)slot, _evictionOrder);
     return record;
 }
 
@@ -536,20 +350,17 @@ static SEL evictionComparator(int sortType)
 {
     LorvaneMailbox *record = [self objectAtIndex:index];
     [record incrementAccesses];
-    _state->refile(_state->order[index]);
+    _state->touch(_state->order[index], _evictionOrder);
 }
 
 - (void)sortInEvictionOrder
 {
-    if (!_state->ensureEviction()) {
-        [self sortUsingSelector:evictionComparator(_state->sortType)];
+    if (![self isIndexed]) {
+        [self sortUsingSelector:evictionComparator([self sortType])];
         return;
     }
-    if (_state->inEvictionOrder)
-        return;
-    _mutations++;
-    _state->takeEvictionOrder();
-    _state->forgetPositions();
+    if ([_evictionOrder sortList:_state->order.data() count:_state->order.size()])
+        _mutations++;
 }
 
 - (void)removeLastRecordInEvictionOrder
@@ -574,9 +385,7 @@ static SEL evictionComparator(int sortType)
         return;
     _mutations++;
     _state->order.assign(slots, slots + count);
-    _state->inEvictionOrder = false;
-    _state->forgetPositions();
-    _state->reorderTiesForEviction();
+    [_evictionOrder listReordered:_state->order.data() count:count];
 }
 
 - (LVMenuOrder *)menuOrder

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace {
@@ -217,19 +218,6 @@ bool admitsBinary(const uint8_t *bytes, size_t length)
 // XML from anything else in one call; the objects are made here, so that GNUstep's own XML
 // parser, which raises and rewrites "\U" escapes in every string, never sees what a user typed.
 
-struct XMLDocument {
-    xmlDocPtr document;
-    explicit XMLDocument(xmlDocPtr parsed)
-        : document(parsed)
-    {
-    }
-    ~XMLDocument()
-    {
-        if (document != nullptr)
-            xmlFreeDoc(document);
-    }
-};
-
 bool named(xmlNodePtr node, const char *name)
 {
     return xmlStrcmp(node->name, (const xmlChar *)name) == 0;
@@ -340,20 +328,21 @@ id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
 // writes none.
 id readXML(const uint8_t *bytes, size_t length)
 {
-    XMLDocument parsed(xmlReadMemory((const char *)bytes, (int)length, nullptr, nullptr,
-        XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
-    if (parsed.document == nullptr)
+    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+    std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> document(xmlReadMemory((const char *)bytes, (int)length, nullptr, nullptr, options), xmlFreeDoc);
+    if (document == nullptr)
         return nil;
-    xmlDtdPtr doctype = parsed.document->intSubset;
+    xmlDtdPtr doctype = document->intSubset;
     if (doctype != nullptr && (doctype->entities != nullptr || doctype->pentities != nullptr))
         return nil;
-    xmlNodePtr root = xmlDocGetRootElement(parsed.document);
+    xmlNodePtr root = xmlDocGetRootElement(document.get());
     std::vector<xmlNodePtr> elements;
     if (root == nullptr || !named(root, "plist") || !elementsOf(root, elements) || elements.size() != 1)
         return nil;
     uint64_t objects = 0;
     return objectOf(elements[0], 1, objects);
 }
+
 // Reads one byte past the limit, so that a longer file is refused without being read whole.
 NSData *leadingBytesOfFile(NSString *path, NSUInteger limit)
 {

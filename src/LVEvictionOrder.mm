@@ -1,0 +1,273 @@
+#import "LVEvictionOrder.h"
+#import "LorvaneMailbox.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+// What the order knows of one slot.
+struct Ranked {
+    LorvaneMailbox *record = nil; // not retained; nil while the slot is free
+    double key = 0;               // higher keys come first in the eviction order
+    bool keyValid = true;         // NO for a record without a date where dates order the list
+    int64_t position = 0;         // orders it in the list while positions are current
+};
+
+// A record's place in the eviction order, its key beside it so that searching touches only
+// the order itself.
+struct Filed {
+    double key;
+    LVListSlot slot;
+};
+
+} // namespace
+
+struct LVEvictionOrderState {
+    int sortType = 0;
+    std::vector<Ranked> slots;
+    size_t recordsWithoutKey = 0;
+    // Key descending, then list order, while `current`.
+    std::vector<Filed> filed;
+    bool current = true;
+    // The list stands in the eviction order itself: making room needs no copy of it.
+    bool listInOrder = true;
+    // Positions need not be indexes, only ordered as the list is: the front takes ever lower
+    // ones, the back ever higher, and anything else makes them all stale at once.
+    bool positionsCurrent = true;
+    int64_t front = 0;
+    int64_t back = -1;
+
+    void readKey(Ranked &ranked)
+    {
+        if (sortType == LVSortByAccesses) {
+            ranked.key = [ranked.record accesses];
+            ranked.keyValid = true;
+            return;
+        }
+        // A record whose saved date did not parse ties with every other: no order at all.
+        NSDate *date = [ranked.record date];
+        ranked.key = date != nil ? [date timeIntervalSinceReferenceDate] : NAN;
+        ranked.keyValid = !std::isnan(ranked.key);
+    }
+
+    void countKey(const Ranked &ranked, int delta)
+    {
+        if (!ranked.keyValid)
+            recordsWithoutKey += delta;
+    }
+
+    void rereadKey(LVListSlot slot)
+    {
+        countKey(slots[slot], -1);
+        readKey(slots[slot]);
+        countKey(slots[slot], +1);
+        if (recordsWithoutKey != 0)
+            current = false;
+    }
+
+    void ensurePositions(const LVListSlot *list, size_t count)
+    {
+        if (positionsCurrent)
+            return;
+        for (size_t index = 0; index < count; index++)
+            slots[list[index]].position = (int64_t)index;
+        front = 0;
+        back = (int64_t)count - 1;
+        positionsCurrent = true;
+    }
+
+    void placeNewPosition(LVListSlot slot, size_t index, size_t count)
+    {
+        if (!positionsCurrent)
+            return;
+        if (index == 0)
+            slots[slot].position = --front;
+        else if (index + 1 == count)
+            slots[slot].position = ++back;
+        else
+            positionsCurrent = false;
+    }
+
+    // A newcomer at the front of the list goes before every record that shares its key, so
+    // the newest record, the usual one, takes the first place without a search.
+    void file(LVListSlot slot, bool atFront, const LVListSlot *list, size_t count)
+    {
+        if (!current)
+            return;
+        Filed newcomer = { slots[slot].key, slot };
+        if (atFront && (filed.empty() || newcomer.key >= filed.front().key)) {
+            filed.insert(filed.begin(), newcomer);
+            return;
+        }
+        listInOrder = false;
+        // Positions are read only where keys tie.
+        auto place = std::lower_bound(filed.begin(), filed.end(), newcomer, [&](const Filed &placed, const Filed &other) {
+            if (placed.key != other.key)
+                return placed.key > other.key;
+            ensurePositions(list, count);
+            return slots[placed.slot].position < slots[other.slot].position;
+        });
+        filed.insert(place, newcomer);
+    }
+
+    // Found by its key, then by identity among the records that share it; the record eviction
+    // drops is the last one.
+    void unfile(LVListSlot slot)
+    {
+        if (!current)
+            return;
+        if (!filed.empty() && filed.back().slot == slot) {
+            filed.pop_back();
+            return;
+        }
+        double key = slots[slot].key;
+        auto first = std::lower_bound(filed.begin(), filed.end(), key, [](const Filed &placed, double wanted) { return placed.key > wanted; });
+        auto found = std::find_if(first, filed.end(), [slot](const Filed &placed) { return placed.slot == slot; });
+        if (found != filed.end())
+            filed.erase(found);
+    }
+
+    // Made again for a list that can be ranked, and kept from then on.
+    void ensureCurrent(const LVListSlot *list, size_t count)
+    {
+        if (current)
+            return;
+        filed.clear();
+        for (size_t index = 0; index < count; index++)
+            filed.push_back(Filed { slots[list[index]].key, list[index] });
+        std::stable_sort(filed.begin(), filed.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
+        current = true;
+        listInOrder = false;
+    }
+
+    // After the list was put in another order, records that share a key stand in the
+    // eviction order as they now stand in the list.
+    void reorderTies(const LVListSlot *list, size_t count)
+    {
+        if (!current)
+            return;
+        ensurePositions(list, count);
+        for (auto run = filed.begin(); run != filed.end();) {
+            auto end = run + 1;
+            while (end != filed.end() && end->key == run->key)
+                end++;
+            if (end - run > 1)
+                std::sort(run, end, [this](const Filed &a, const Filed &b) { return slots[a.slot].position < slots[b.slot].position; });
+            run = end;
+        }
+    }
+};
+
+@implementation LVEvictionOrder
+
+- (id)initWithSortType:(int)sortType
+{
+    if (nil == (self = [super init]))
+        return nil;
+    _state = new LVEvictionOrderState;
+    _state->sortType = sortType;
+    return self;
+}
+
+- (id)init
+{
+    return [self initWithSortType:LVSortByName];
+}
+
+- (void)dealloc
+{
+    delete _state;
+    [super dealloc];
+}
+
+- (int)sortType
+{
+    return _state->sortType;
+}
+
+- (void)setSortType:(int)sortType
+{
+    if (sortType == _state->sortType)
+        return;
+    _state->sortType = sortType;
+    _state->recordsWithoutKey = 0;
+    for (Ranked &ranked : _state->slots) {
+        if (ranked.record == nil)
+            continue;
+        _state->readKey(ranked);
+        _state->countKey(ranked, +1);
+    }
+    _state->current = false;
+}
+
+- (BOOL)keysEveryRecord
+{
+    return _state->recordsWithoutKey == 0;
+}
+
+- (void)invalidate
+{
+    _state->current = false;
+}
+
+- (void)fileRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index ofList:(const LVListSlot *)list count:(NSUInteger)count
+{
+    if (slot >= _state->slots.size())
+        _state->slots.resize(slot + 1);
+    Ranked &ranked = _state->slots[slot];
+    ranked.record = record;
+    ranked.keyValid = true;
+    _state->rereadKey(slot);
+    _state->placeNewPosition(slot, index, count);
+    if (index != 0)
+        _state->listInOrder = false;
+    _state->file(slot, index == 0, list, count);
+}
+
+- (void)unfileSlot:(LVListSlot)slot
+{
+    _state->unfile(slot);
+    _state->countKey(_state->slots[slot], -1);
+    _state->slots[slot] = Ranked();
+}
+
+- (void)refileSlot:(LVListSlot)slot ofList:(const LVListSlot *)list count:(NSUInteger)count
+{
+    _state->unfile(slot);
+    _state->rereadKey(slot);
+    _state->listInOrder = false;
+    _state->file(slot, false, list, count);
+}
+
+- (void)listReordered:(const LVListSlot *)list count:(NSUInteger)count
+{
+    _state->listInOrder = false;
+    _state->positionsCurrent = false;
+    _state->reorderTies(list, count);
+}
+
+- (void)unfileAll
+{
+    std::fill(_state->slots.begin(), _state->slots.end(), Ranked());
+    _state->recordsWithoutKey = 0;
+    _state->filed.clear();
+    _state->current = true;
+    _state->listInOrder = true;
+    _state->positionsCurrent = false;
+}
+
+- (BOOL)sortList:(LVListSlot *)list count:(NSUInteger)count
+{
+    _state->ensureCurrent(list, count);
+    if (_state->listInOrder)
+        return NO;
+    for (NSUInteger index = 0; index < count; index++)
+        list[index] = _state->filed[index].slot;
+    _state->listInOrder = true;
+    _state->positionsCurrent = false;
+    return YES;
+}
+
+@end
