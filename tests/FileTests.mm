@@ -338,39 +338,6 @@ TEST_F(File, ARecordListedTwiceLeavesOnePlaceAtATime)
     EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Lists", @"New", @"Newer" ])));
 }
 
-TEST_F(File, AFileLongerThanTheLimitKeepsTheBestUnderTheEvictionOrder)
-{
-    // File order; ages and counts chosen so that age and use disagree.
-    NSArray *names = @[ @"R1", @"R2", @"R3", @"R4", @"R5" ];
-    double ages[] = { 50, 10, 30, 20, 40 };
-    int uses[] = { 9, 1, 5, 2, 7 };
-    NSMutableArray *records = [NSMutableArray array];
-    for (NSUInteger i = 0; i < [names count]; i++)
-        [records addObject:saved([names objectAtIndex:i], uses[i], minutesAgo(ages[i]))];
-    NSString *sameMoment = minutesAgo(10);
-    struct Row {
-        int sortType, limit;
-        NSArray *records, *kept;
-    } rows[] = {
-        { 0, 3, records, @[ @"R2", @"R4", @"R3" ] }, // the three newest
-        { 1, 3, records, @[ @"R2", @"R4", @"R3" ] },
-        { 2, 3, records, @[ @"R5", @"R1", @"R3" ] }, // the three most used
-        { 5, 3, records, @[ @"R2", @"R4", @"R3" ] }, // read as 0
-        // A record that only ties with the worst one kept is not taken.
-        { 2, 2, @[ saved(@"A", 5, minutesAgo(1)), saved(@"B", 3, minutesAgo(2)), saved(@"Tie", 3, minutesAgo(0.5)) ], @[ @"A", @"B" ] },
-        { 0, 2, @[ saved(@"A", 1, minutesAgo(1)), saved(@"B", 1, sameMoment), saved(@"Tie", 9, sameMoment) ], @[ @"A", @"B" ] },
-        { 0, 0, records, @[] },
-    };
-    for (const Row &row : rows) {
-        LorvaneBundle_Provider *provider = LVStartProvider(row.limit, LVPreferences(row.sortType, YES, row.records));
-        EXPECT_NSEQ(row.kept, LVListedNames(provider)) << "sort type " << row.sortType << ", limit " << row.limit;
-    }
-    // A new mailbox then takes the place of the worst one kept.
-    LorvaneBundle_Provider *provider = LVStartProvider(3, LVPreferences(0, YES, records));
-    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
-    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"New", @"R2", @"R4" ])));
-}
-
 TEST_F(File, DamagedMisshapenOrRefusedFilesGiveTheDefaultsAndNeverStopMail)
 {
     NSDictionary *valid = LVPreferences(2, NO, @[ saved(@"Work", 3, minutesAgo(10)) ]);
@@ -593,25 +560,6 @@ TEST_F(File, AFileReplacedWhileMailRunsGivesWayToTheListAndNothingElseIsWritten)
         if (row.replacement == ALinkElsewhere)
             EXPECT_NSEQ(otherList, [NSData dataWithContentsOfFile:elsewhere]);
     }
-}
-
-TEST_F(File, ALimitOfAThousandFillsTheMenusAndStaysBounded)
-{
-    const NSUInteger limit = 1000;
-    NSMutableArray *names = [NSMutableArray array];
-    for (NSUInteger i = 0; i < limit + 2; i++)
-        [names addObject:[NSString stringWithFormat:@"Box %04lu", (unsigned long)i]];
-    MailAccount *account = LVMemoryAccount(@"Memory", names);
-    NSMutableArray *records = [NSMutableArray array];
-    for (NSUInteger i = 0; i <= limit; i++)
-        [records addObject:LVSavedRecord([account mailboxUidForRelativePath:[names objectAtIndex:i]], 1, minutesAgo(2000.0 - (double)i))];
-    LorvaneBundle_Provider *provider = LVStartProvider((int)limit, LVPreferences(0, YES, records));
-    [provider addOrTouchRecentMailboxFromUid:LVUid([account mailboxUidForRelativePath:[names lastObject]])];
-
-    // The oldest two gave way: one when the file was read, one for the new mailbox.
-    EXPECT_TRUE(LVSubmenusShow(provider, [names subarrayWithRange:NSMakeRange(2, limit)]));
-    [provider writePreferences];
-    EXPECT_EQ(limit, [savedFullPaths() count]);
 }
 
 namespace {

@@ -71,35 +71,6 @@ TEST_F(List, AUseAddsANewMailboxAtTheFrontOrTouchesTheListedOneInPlace)
         EXPECT_TRUE(LVRaises([&] { [provider getRecentMailboxAtIndex:index]; })) << index;
 }
 
-TEST_F(List, AFullListDropsTheOldestOrUnderUseOrderTheLeastUsed)
-{
-    // Work is the oldest and the most used; Family the least used.
-    struct Row {
-        int sortType;
-        NSArray *afterAdding;
-    } rows[] = {
-        { 0, @[ @"New", @"Lists", @"Family" ] }, { 1, @[ @"New", @"Lists", @"Family" ] }, { 2, @[ @"New", @"Work", @"Lists" ] },
-        { 3, @[ @"New", @"Lists", @"Family" ] }, { -1, @[ @"New", @"Lists", @"Family" ] },
-    };
-    for (const Row &row : rows) {
-        LorvaneBundle_Provider *provider = listAfterUsing(3, row.sortType, @[ @"Work", @"Family", @"Lists" ], { 9, 1, 4 });
-        [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
-        EXPECT_NSEQ(row.afterAdding, LVListedNames(provider)) << "sort type " << row.sortType;
-        EXPECT_NSEQ((@[ @1 ]), [LVListedCounts(provider) subarrayWithRange:NSMakeRange(0, 1)]);
-    }
-}
-
-TEST_F(List, AListLongerThanItsLimitGrowsRatherThanLosingSeveral)
-{
-    LorvaneBundle_Provider *provider = listAfterUsing(5, 0, @[ @"A", @"B", @"C", @"D", @"E" ], { 1, 1, 1, 1, 1 });
-    // A running Mail keeps its limit: only the field stands for one lowered since.
-    [provider setValue:@3 forKey:@"_maxMailboxes"];
-
-    [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"F"))];
-
-    EXPECT_NSEQ((@[ @"F", @"E", @"D", @"C", @"B", @"A" ]), LVListedNames(provider));
-}
-
 TEST_F(List, SpecialMailboxesStayOutWhenExcludedAndLimitZeroKeepsEveryMailboxOut)
 {
     struct Row {
@@ -224,23 +195,6 @@ TEST_F(List, PruningKeepsOnlyTheVerySameMailboxesMailStillLists)
     [MailAccount setActiveAccounts:@[]];
     [provider removeDeletedMailboxes];
     EXPECT_NSEQ(@[], LVListedNames(provider));
-}
-
-TEST_F(List, CountingAUseOfAnItemLeavesTheMenusAsTheyAreAndClearingEmptiesThem)
-{
-    LorvaneBundle_Provider *provider = listAfterUsing(10, 2, @[ @"Work", @"Lists" ], { 3, 3 });
-    ASSERT_TRUE(LVSubmenusShow(provider, @[ @"Lists", @"Work" ]));
-
-    [provider incrementAccessesForItemAtIndex:1];
-    EXPECT_NSEQ((@[ @3, @4 ]), LVListedCounts(provider));
-    EXPECT_TRUE(LVSubmenusShow(provider, @[ @"Lists", @"Work" ]));
-    // The next change that tells the menus brings the count in.
-    [provider signalUpdateMenu];
-    EXPECT_TRUE(LVSubmenusShow(provider, @[ @"Work", @"Lists" ]));
-
-    [provider clearRecentMailboxes];
-    EXPECT_NSEQ(@[], LVListedNames(provider));
-    EXPECT_TRUE(LVSubmenusShow(provider, @[]));
 }
 
 TEST_F(List, AFreshRecordCountsOneIsDatedNowAndKeepsItsOwnNameBufferUntilMailsNameReplacesIt)

@@ -85,35 +85,6 @@ TEST_F(Menus, StartUpPutsTheThreeMenuBarItemsRightBelowMailsOwnWithBareSubmenus)
     EXPECT_TRUE(writesPreferences(provider));
 }
 
-TEST_F(Menus, GoToRecentFollowsTheFirstGoToSubmenuInPreOrder)
-{
-    // "Mail" holds, two levels down, a "Go To" submenu; before it come near misses (no
-    // submenu, different case), and a later top-level menu holds another "Go To".
-    NSMenu *mainMenu = [[[NSMenu alloc] initWithTitle:@"Main"] autorelease];
-    NSMenu *mail = [[[NSMenu alloc] initWithTitle:@"Mail"] autorelease], *services = [[[NSMenu alloc] initWithTitle:@"Services"] autorelease];
-    NSMenu *nestedGoTo = [[[NSMenu alloc] initWithTitle:@"Go To"] autorelease], *mailbox = [[[NSMenu alloc] initWithTitle:@"Mailbox"] autorelease];
-    NSMenu *laterGoTo = [[[NSMenu alloc] initWithTitle:@"Go To"] autorelease];
-    [mail addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""];
-    [mail setSubmenu:[[[NSMenu alloc] initWithTitle:@"go to"] autorelease] forItem:[mail addItemWithTitle:@"go to" action:NULL keyEquivalent:@""]];
-    [mail setSubmenu:services forItem:[mail addItemWithTitle:@"Services" action:NULL keyEquivalent:@""]];
-    [services addItemWithTitle:@"Before" action:NULL keyEquivalent:@""];
-    [services setSubmenu:nestedGoTo forItem:[services addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""]];
-    [services addItemWithTitle:@"After" action:NULL keyEquivalent:@""];
-    [mailbox addItemWithTitle:@"Move To" action:@selector(moveMessagesToMailbox:) keyEquivalent:@""];
-    [mailbox setSubmenu:laterGoTo forItem:[mailbox addItemWithTitle:@"Go To" action:NULL keyEquivalent:@""]];
-    [mainMenu setSubmenu:mail forItem:[mainMenu addItemWithTitle:@"Mail" action:NULL keyEquivalent:@""]];
-    [mainMenu setSubmenu:mailbox forItem:[mainMenu addItemWithTitle:@"Mailbox" action:NULL keyEquivalent:@""]];
-    [NSApp setMainMenu:mainMenu];
-    MHSetRecentItemsLimit(3);
-
-    provider = [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
-
-    EXPECT_EQ([provider goToRecentSubmenu], [itemAfterSubmenu(nestedGoTo) submenu]);
-    EXPECT_EQ(4, [services numberOfItems]);
-    EXPECT_EQ(3, [mail numberOfItems]);
-    EXPECT_TRUE(itemAfterSubmenu(laterGoTo) == nil);
-}
-
 TEST_F(Menus, WithoutMailsMoveToItemStartUpFailsLeavesGoToBareAndNeverWritesTheFile)
 {
     NSMenu *mainMenu = [MHMailMenus newMainMenu];
@@ -240,55 +211,6 @@ TEST_F(Menus, TheLimitIsReadFromTheSystemsRecentItemsFileWhateverItHolds)
     }
 }
 
-TEST_F(Menus, AnOpeningShowsTheListInTheSortTypesOrderInAllFive)
-{
-    // Names, dates and use counts each give a different order: Clients was used once and
-    // longest ago, Lists four times, Reports twice and last.
-    NSArray *saved = @[
-        LVSavedRecord(mailbox(work, @"Clients"), 1, @"2026-01-01 10:00:00 +0000"), LVSavedRecord(mailbox(home, @"Lists"), 4, @"2026-01-02 10:00:00 +0000"),
-        LVSavedRecord(mailbox(home, @"Reports"), 2, @"2026-01-03 10:00:00 +0000")
-    ];
-    NSArray *byName = @[ @"Clients", @"Lists", @"Reports" ];
-    struct Row {
-        int sortType;
-        NSArray *titles;
-    } rows[] = { { 0, byName }, { 1, @[ @"Reports", @"Lists", @"Clients" ] }, { 2, @[ @"Lists", @"Reports", @"Clients" ] }, { 3, byName }, { -1, byName } };
-    for (const Row &row : rows) {
-        provider = LVStartProvider(10, LVPreferences(row.sortType, YES, saved));
-        EXPECT_TRUE(LVSubmenusShow(provider, row.titles)) << row.sortType;
-        EXPECT_NSEQ(row.titles, LVListedNames(provider)) << row.sortType;
-    }
-}
-
-TEST_F(Menus, EventsShowAtTheNextOpeningOfAnyOfTheFive)
-{
-    MailboxUid *workArchive = mailbox(work, @"Archive");
-    NSMenu *goTo = [provider goToRecentSubmenu];
-    EXPECT_TRUE(LVSubmenusShow(provider, @[]));
-    use(mailbox(home, @"Archive"));
-    use(workArchive);
-    use(mailbox(home, @"Lists"));
-    EXPECT_NSEQ(@[], LVTitlesAboveSeparator(goTo));
-    LVOpenRecentMenu(goTo);
-    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ])));
-
-    // Mail's deletion is only noted; the next opening prunes, and the namesake left shows
-    // its bare name.
-    ASSERT_TRUE([work deleteMailbox:workArchive reflectToServer:YES]);
-    [provider signalRemoveDeletedMailboxes];
-    EXPECT_NSEQ((@[ @"Archive (Home)", @"Archive (Work)", @"Lists" ]), LVTitlesAboveSeparator(goTo));
-    LVOpenRecentMenu([provider moveToRecentContextualSubmenu]);
-    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive", @"Lists" ])));
-
-    // A rename shows once Mail tells the provider.
-    ASSERT_TRUE([home renameMailbox:mailbox(home, @"Lists") toName:@"Aaa"]);
-    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Archive", @"Lists" ])));
-    [provider signalUpdateMenu];
-    EXPECT_TRUE(LVSubmenusShow(provider, (@[ @"Aaa", @"Archive" ])));
-    [provider clearRecentMailboxes];
-    EXPECT_TRUE(LVSubmenusShow(provider, @[]));
-}
-
 TEST_F(Menus, ItemsCarryAccountAndPathAsToolTipAndTheMailboxIcon)
 {
     MailAccount *corp = [store addAccountNamed:@"Corp" type:@"IMAP" serverPathPrefix:@"INBOX"];
@@ -335,6 +257,7 @@ TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
         { "the server prefix is left out by characters",
           { { mailhost, @"INBOX/Lists/Work" }, { mailhost, @"Work" }, { mailhost, @"INBOXES/Work" } },
           @[ @"Work", @"Work (Lists)", @"Work (S)" ] },
+        { "and with its case", { { mailhost, @"inbox/Work" }, { home, @"Work" } }, @[ @"Work (Home)", @"Work (Mailhost/inbox)" ] },
     };
     for (const Row &row : rows) {
         [provider clearRecentMailboxes];
@@ -344,26 +267,6 @@ TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
         // The next opening starts from Mail's names again and settles on the same ones.
         [provider signalUpdateMenu];
         EXPECT_TRUE(LVSubmenusShow(provider, row.titles)) << row.what;
-    }
-}
-
-TEST_F(Menus, ThePathWithoutTheServerPrefixIsANewStringCutByCharactersAndCase)
-{
-    MailAccount *mailhost = [store addAccountNamed:@"Mailhost" type:@"IMAP" serverPathPrefix:@"INBOX"];
-    MailAccount *plain = [store addAccountNamed:@"Plain IMAP" type:@"IMAP" serverPathPrefix:@""];
-    struct Row {
-        MailAccount *account;
-        NSString *path, *withoutPrefix;
-    } rows[] = {
-        { mailhost, @"INBOX/Lists/Work", @"Lists/Work" }, { mailhost, @"INBOXES/Work", @"S/Work" }, { mailhost, @"INBOX", @"" },
-        { mailhost, @"inbox/Work", @"inbox/Work" },       { plain, @"INBOX/Work", @"INBOX/Work" },  { home, @"INBOX/Work", @"INBOX/Work" },
-    };
-    for (const Row &row : rows) {
-        id<LVMailboxUid> uid = LVUid(mailbox(row.account, row.path));
-        NSMutableString *first = [provider accountRelativePathWithoutPrefixForUid:uid];
-        EXPECT_NSEQ(row.withoutPrefix, first) << [row.path UTF8String];
-        [first appendString:@" changed"];
-        EXPECT_NSEQ(row.withoutPrefix, [provider accountRelativePathWithoutPrefixForUid:uid]);
     }
 }
 

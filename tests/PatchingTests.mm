@@ -35,8 +35,6 @@ static NSString *const HookAnswer = @"hook";
 - (NSString *)describe;
 + (NSString *)LVclassDescribe;
 - (NSString *)LVdescribe;
-- (NSString *)configure;
-- (NSString *)LVconfigure;
 @end
 
 /* ---- Subclassing ---- */
@@ -143,31 +141,6 @@ static NSMutableArray *initializedClassNames;
 @implementation RPSwizzleTwice
 - (NSString *)describe { return BaseAnswer; }
 - (NSString *)LVdescribe { return HookAnswer; }
-@end
-
-// Two classes with a method of one name, swizzled before either has an instance.
-@interface RPSwizzleUnusedFirst : NSObject
-@end
-@implementation RPSwizzleUnusedFirst
-- (NSString *)configure { return BaseAnswer; }
-- (NSString *)LVconfigure { return @"first hook"; }
-@end
-@interface RPSwizzleUnusedSecond : NSObject
-@end
-@implementation RPSwizzleUnusedSecond
-- (NSString *)configure { return BaseAnswer; }
-- (NSString *)LVconfigure { return @"second hook"; }
-@end
-
-@interface RPSwizzleUnusedUntouched : NSObject
-@end
-@implementation RPSwizzleUnusedUntouched
-- (NSString *)configure { return BaseAnswer; }
-@end
-
-@interface RPSwizzleUnusedBystander : NSObject
-@end
-@implementation RPSwizzleUnusedBystander
 @end
 
 // Has the methods to replace but no "LV" twins.
@@ -302,24 +275,16 @@ TEST_F(RuntimePatching, SubclassingFailsSilentlyUnderATakenNameAndWithALogLineAt
 
 TEST_F(RuntimePatching, CopyingAMethodKeepsTheTargetsOwnAndOverridesAnInheritedOneInTheTargetOnly)
 {
-    Class childClass = makeClass("RPCopyChild", [RPCopyBase class], [RPChildMethods class]);
-    Class siblingClass = makeClass("RPCopySibling", [RPCopyBase class], Nil);
-    ASSERT_TRUE(childClass != Nil && siblingClass != Nil);
-    id base = [[[RPCopyBase alloc] init] autorelease];
-    id child = [[[childClass alloc] init] autorelease];
-    id sibling = [[[siblingClass alloc] init] autorelease];
-    Class provider = [RPCopyProvider class];
-
-    EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:provider toClass:childClass]);
-    EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:provider toClass:siblingClass]);
-    EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:provider toClass:childClass]);
-    EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:provider toClass:siblingClass]);
-
-    EXPECT_NSEQ(ChildAnswer, [child greeting]);
-    EXPECT_NSEQ(ChildAnswer, [childClass kind]);
-    EXPECT_NSEQ(ProviderAnswer, [sibling greeting]);
-    EXPECT_NSEQ(ProviderAnswer, [siblingClass kind]);
-    EXPECT_NSEQ(BaseAnswer, [base greeting]);
+    Class child = makeClass("RPCopyChild", [RPCopyBase class], [RPChildMethods class]);
+    Class sibling = makeClass("RPCopySibling", [RPCopyBase class], Nil);
+    for (Class target : { child, sibling }) {
+        EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:[RPCopyProvider class] toClass:target]);
+        EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:[RPCopyProvider class] toClass:target]);
+        NSString *expected = target == child ? ChildAnswer : ProviderAnswer;
+        EXPECT_NSEQ(expected, [[[[target alloc] init] autorelease] greeting]);
+        EXPECT_NSEQ(expected, [target kind]);
+    }
+    EXPECT_NSEQ(BaseAnswer, [[[[RPCopyBase alloc] init] autorelease] greeting]);
     EXPECT_NSEQ(BaseAnswer, [RPCopyBase kind]);
 }
 
@@ -354,21 +319,6 @@ TEST_F(RuntimePatching, CopyingAMethodAnswersNoWhenThereIsNothingToCopyOrNowhere
     EXPECT_EQ(0u, [LVLoggedLines() count]);
 }
 
-TEST_F(RuntimePatching, ExtendingAClassCopiesEveryInstanceAndClassMethodButKeepsItsOwn)
-{
-    Class ownClass = makeClass("RPExtendedOwn", [RPCopyBase class], [RPChildMethods class]);
-    ASSERT_TRUE(ownClass != Nil);
-    [utilities extendClass:ownClass withMethodsFromClass:[RPCopyProvider class]];
-
-    id own = [[[ownClass alloc] init] autorelease];
-    EXPECT_NSEQ(ChildAnswer, [own greeting]);
-    EXPECT_NSEQ(ChildAnswer, [ownClass kind]);
-    EXPECT_NSEQ(ProviderAnswer, [own providerOnly]);
-    EXPECT_NSEQ(ProviderAnswer, [ownClass providerOnlyClassMethod]);
-    EXPECT_NSEQ(BaseAnswer, [RPCopyBase kind]);
-    EXPECT_NSEQ(BaseAnswer, [[[[RPCopyBase alloc] init] autorelease] greeting]);
-}
-
 TEST_F(RuntimePatching, SwizzlingAnInheritedMethodReplacesItWhereItIsDefinedAndHandsBackWhatRanBefore)
 {
     RPSwizzleBase *base = [[[RPSwizzleBase alloc] init] autorelease];
@@ -396,32 +346,6 @@ TEST_F(RuntimePatching, SwizzlingAnInheritedMethodReplacesItWhereItIsDefinedAndH
     EXPECT_EQ(original, [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]]);
     EXPECT_EQ(replacement, [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]]);
     EXPECT_NSEQ(HookAnswer, [[[[RPSwizzleTwice alloc] init] autorelease] describe]);
-}
-
-TEST_F(RuntimePatching, SwizzlingOneSelectorInClassesWithoutInstancesYetKeepsEveryClassOnItsOwnCode)
-{
-    // As in Mail: each class was messaged, none has made an instance yet.
-    Class first = [RPSwizzleUnusedFirst class];
-    Class second = [RPSwizzleUnusedSecond class];
-    Class untouched = [RPSwizzleUnusedUntouched class];
-    Class bystander = [RPSwizzleUnusedBystander class];
-    EXPECT_TRUE([utilities swizzleInstanceMethod:@"configure" forClass:first] != NULL);
-    EXPECT_TRUE([utilities swizzleInstanceMethod:@"configure" forClass:second] != NULL);
-
-    // What the run-time answers for each class before any instance exists.
-    struct Row {
-        Class aClass;
-        IMP expected;
-    };
-    const Row rows[] = {
-        { first, class_getMethodImplementation(first, @selector(LVconfigure)) },
-        { second, class_getMethodImplementation(second, @selector(LVconfigure)) },
-        { untouched, method_getImplementation(class_getInstanceMethod(untouched, @selector(configure))) },
-    };
-    for (const Row &row : rows)
-        EXPECT_EQ(row.expected, class_getMethodImplementation(row.aClass, @selector(configure))) << class_getName(row.aClass);
-    EXPECT_FALSE([bystander instancesRespondToSelector:@selector(configure)]);
-    EXPECT_NSEQ(@"first hook", [[[[first alloc] init] autorelease] configure]);
 }
 
 TEST_F(RuntimePatching, SwizzlingTakesAMissingHookFromTheClassNamedWithTheProviderSuffix)
