@@ -5,7 +5,7 @@
  * edit by hand, and the system's recent-items list.
  *
  * Only the two forms a Mac writes are read, and only within the size and shape such a file
- * has. XML lists are read with libxml2 and made into objects here. Binary lists go to the
+ * has. XML lists are made into objects by LVXMLPropertyList. Binary lists go to the
  * platform's parser, which crashes, loops, allocates without bound or raises on some damaged
  * lists, only when every offset, reference, count and string in them is one it reads.
  * Everything else reads as no file.
