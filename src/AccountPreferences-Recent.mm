@@ -10,10 +10,9 @@ static IMP _old_accountsDidChange_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVMailClass("AccountPreferences");
+    Class hostClass = LVExtendMailClass("AccountPreferences", self);
     if (hostClass == Nil)
         return; // no account preferences in this Mail: nothing to patch
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_accountsDidChange_IMP = [LVBundleUtilities swizzleInstanceMethod:@"accountsDidChange:" forClass:hostClass];
 }
 

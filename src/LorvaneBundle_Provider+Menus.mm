@@ -19,6 +19,15 @@ static const LVMenuFamily LVFamilyOrder[] = { LVMoveFamily, LVCopyFamily, LVMove
 static const LVMenuFamily LVFamilyFillingOrder[] = { LVMoveFamily, LVCopyFamily, LVGoToFamily, LVMoveContextualFamily, LVCopyContextualFamily };
 static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveContextualFamily, LVCopyFamily, LVCopyContextualFamily, LVGoToFamily };
 
+// One family's parts, as the provider's fields hold them now. Items have no target: the choice
+// travels the responder chain to the viewer in front.
+struct LVFamilyParts {
+    NSMenu *submenu;
+    NSMutableArray *items;
+    NSMenuItem *clearItem;
+    SEL action;
+};
+
 // The steps behind the menus' start-up and rebuild.
 @interface LorvaneBundle_Provider (LVMenuParts)
 - (NSString *)lv_localizedMenuTitle:(NSString *)english;
@@ -28,10 +37,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 - (void)lv_becomeDelegateOfRecentSubmenus;
 - (NSMenuItem *)lv_addClearItemToSubmenu:(NSMenu *)submenu;
 - (void)lv_showRows:(const LVMenuRow *)rows count:(NSUInteger)count;
-- (NSMenu *)lv_submenuOfFamily:(LVMenuFamily)family;
-- (NSMutableArray *)lv_itemsOfFamily:(LVMenuFamily)family;
-- (NSMenuItem *)lv_clearItemOfFamily:(LVMenuFamily)family;
-- (SEL)lv_actionOfFamily:(LVMenuFamily)family;
+- (LVFamilyParts)lv_partsOfFamily:(LVMenuFamily)family;
 @end
 
 @implementation LorvaneBundle_Provider (LVMenus)
@@ -111,13 +117,13 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     if (!_menusOK || _maxMailboxes <= 0)
         return;
     for (LVMenuFamily family : LVFamilyOrder) {
-        NSMenuItem *item = [[NSMenuItem alloc] initWithTitle:@"" action:[self lv_actionOfFamily:family] keyEquivalent:@""];
-        [[self lv_itemsOfFamily:family] addObject:item];
+        NSMenuItem *item = [[NSMenuItem alloc] initWithTitle:@"" action:[self lv_partsOfFamily:family].action keyEquivalent:@""];
+        [[self lv_partsOfFamily:family].items addObject:item];
         [item release];
     }
     for (int i = 1; i < _maxMailboxes; i++) {
         for (LVMenuFamily family : LVFamilyOrder) {
-            NSMutableArray *items = [self lv_itemsOfFamily:family];
+            NSMutableArray *items = [self lv_partsOfFamily:family].items;
             NSMenuItem *item = [[items objectAtIndex:0] copy];
             [items addObject:item];
             [item release];
@@ -130,7 +136,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     if (!_menusOK)
         return;
     for (LVMenuFamily family : LVFamilySeparatorOrder)
-        [[self lv_submenuOfFamily:family] addItem:[NSMenuItem separatorItem]];
+        [[self lv_partsOfFamily:family].submenu addItem:[NSMenuItem separatorItem]];
     _moveClearMenuItem = [self lv_addClearItemToSubmenu:_moveToRecentSubmenu];
     _copyClearMenuItem = [self lv_addClearItemToSubmenu:_copyToRecentSubmenu];
     _moveClearContextualMenuItem = [self lv_addClearItemToSubmenu:_moveToRecentContextualSubmenu];
@@ -197,8 +203,10 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 - (void)lv_enableClearItems
 {
     BOOL listHasEntries = [_recentMailboxes count] != 0;
-    for (LVMenuFamily family : LVFamilyOrder)
-        [(LVRecentSubmenu *)[self lv_submenuOfFamily:family] setItem:[self lv_clearItemOfFamily:family] enabled:listHasEntries];
+    for (LVMenuFamily family : LVFamilyOrder) {
+        LVFamilyParts parts = [self lv_partsOfFamily:family];
+        [(LVRecentSubmenu *)parts.submenu setItem:parts.clearItem enabled:listHasEntries];
+    }
 }
 
 @end
@@ -246,7 +254,7 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
     // start-up, when there is something to fill.
     _updateMenu = NO;
     for (LVMenuFamily family : LVFamilyOrder)
-        [[self lv_submenuOfFamily:family] setDelegate:self];
+        [[self lv_partsOfFamily:family].submenu setDelegate:self];
 }
 
 // The submenu owns its clear item; it starts disabled until the list has an entry.
@@ -259,59 +267,46 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 
 - (void)lv_showRows:(const LVMenuRow *)rows count:(NSUInteger)count
 {
-    for (LVMenuFamily family : LVFamilyFillingOrder)
-        [(LVRecentSubmenu *)[self lv_submenuOfFamily:family] showRows:rows count:count items:[self lv_itemsOfFamily:family]];
+    for (LVMenuFamily family : LVFamilyFillingOrder) {
+        LVFamilyParts parts = [self lv_partsOfFamily:family];
+        [(LVRecentSubmenu *)parts.submenu showRows:rows count:count items:parts.items];
+    }
 }
 
 #pragma mark The five families
 
-- (NSMenu *)lv_submenuOfFamily:(LVMenuFamily)family
+- (LVFamilyParts)lv_partsOfFamily:(LVMenuFamily)family
 {
     switch (family) {
-    case LVMoveFamily: return _moveToRecentSubmenu;
-    case LVCopyFamily: return _copyToRecentSubmenu;
-    case LVGoToFamily: return _goToRecentSubmenu;
-    case LVMoveContextualFamily: return _moveToRecentContextualSubmenu;
-    case LVCopyContextualFamily: return _copyToRecentContextualSubmenu;
+    case LVMoveFamily:
+        return
+        {
+            _moveToRecentSubmenu, _moveToRecentSubmenuItems, _moveClearMenuItem, @selector(moveToRecentFromSubmenu:)
+        };
+    case LVCopyFamily:
+        return
+        {
+            _copyToRecentSubmenu, _copyToRecentSubmenuItems, _copyClearMenuItem, @selector(copyToRecentFromSubmenu:)
+        };
+    case LVGoToFamily:
+        return
+        {
+            _goToRecentSubmenu, _goToRecentSubmenuItems, _goClearMenuItem, @selector(goToRecentFromSubmenu:)
+        };
+    case LVMoveContextualFamily:
+        return
+        {
+            _moveToRecentContextualSubmenu, _moveToRecentContextualSubmenuItems, _moveClearContextualMenuItem,
+                @selector(moveToRecentFromContextualSubmenu:)
+        };
+    case LVCopyContextualFamily:
+        return
+        {
+            _copyToRecentContextualSubmenu, _copyToRecentContextualSubmenuItems, _copyClearContextualMenuItem,
+                @selector(copyToRecentFromContextualSubmenu:)
+        };
     }
-    return nil;
-}
-
-- (NSMutableArray *)lv_itemsOfFamily:(LVMenuFamily)family
-{
-    switch (family) {
-    case LVMoveFamily: return _moveToRecentSubmenuItems;
-    case LVCopyFamily: return _copyToRecentSubmenuItems;
-    case LVGoToFamily: return _goToRecentSubmenuItems;
-    case LVMoveContextualFamily: return _moveToRecentContextualSubmenuItems;
-    case LVCopyContextualFamily: return _copyToRecentContextualSubmenuItems;
-    }
-    return nil;
-}
-
-- (NSMenuItem *)lv_clearItemOfFamily:(LVMenuFamily)family
-{
-    switch (family) {
-    case LVMoveFamily: return _moveClearMenuItem;
-    case LVCopyFamily: return _copyClearMenuItem;
-    case LVGoToFamily: return _goClearMenuItem;
-    case LVMoveContextualFamily: return _moveClearContextualMenuItem;
-    case LVCopyContextualFamily: return _copyClearContextualMenuItem;
-    }
-    return nil;
-}
-
-// Items have no target: the choice travels the responder chain to the viewer in front.
-- (SEL)lv_actionOfFamily:(LVMenuFamily)family
-{
-    switch (family) {
-    case LVMoveFamily: return @selector(moveToRecentFromSubmenu:);
-    case LVCopyFamily: return @selector(copyToRecentFromSubmenu:);
-    case LVGoToFamily: return @selector(goToRecentFromSubmenu:);
-    case LVMoveContextualFamily: return @selector(moveToRecentFromContextualSubmenu:);
-    case LVCopyContextualFamily: return @selector(copyToRecentFromContextualSubmenu:);
-    }
-    return NULL;
+    return {};
 }
 
 @end

@@ -10,10 +10,9 @@ static IMP _old_deleteMailbox_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVMailClass("MailAccount");
+    Class hostClass = LVExtendMailClass("MailAccount", self);
     if (hostClass == Nil)
         return; // no accounts in this Mail: nothing to patch
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_deleteMailbox_IMP = [LVBundleUtilities swizzleInstanceMethod:@"deleteMailbox:reflectToServer:" forClass:hostClass];
 }
 

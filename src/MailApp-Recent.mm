@@ -10,10 +10,9 @@ static IMP _old_applicationWillTerminate_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVMailClass("MailApp");
+    Class hostClass = LVExtendMailClass("MailApp", self);
     if (hostClass == Nil)
         return; // no Mail application class: nothing to patch
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_applicationWillTerminate_IMP = [LVBundleUtilities swizzleInstanceMethod:@"applicationWillTerminate:" forClass:hostClass];
 }
 

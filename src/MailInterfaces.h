@@ -6,6 +6,7 @@
  * messages Lorvane sends them, so that each send is type-checked.
  */
 #import <AppKit/AppKit.h>
+#import "Utilities.h"
 
 @protocol LVMailAccount <NSObject>
 + (NSArray *)activeAccounts;
@@ -67,4 +68,14 @@ static inline Class LVKeptMailClass(Class *kept, const char *name)
     if (*kept == Nil)
         *kept = LVMailClass(name);
     return *kept;
+}
+
+/* Gives one of Mail's classes the methods of `additions`, where they run as Mail's own, and
+   answers it; Nil, and nothing done, when this Mail has no such class. */
+static inline Class LVExtendMailClass(const char *name, Class additions)
+{
+    Class hostClass = LVMailClass(name);
+    if (hostClass != Nil)
+        [LVBundleUtilities extendClass:hostClass withMethodsFromClass:additions];
+    return hostClass;
 }

@@ -71,10 +71,9 @@ static LorvaneBundle_Provider *activeProvider(void)
 
 + (void)load
 {
-    Class hostClass = LVMailClass("MessageTransfer");
+    Class hostClass = LVExtendMailClass("MessageTransfer", self);
     if (hostClass == Nil)
         return; // no transfers in this Mail: nothing to patch
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_setDelegate_IMP = [LVBundleUtilities swizzleInstanceMethod:@"setDelegate:" forClass:hostClass];
     examinedTransferClass = hostClass;
     operationsField = operationsFieldReadDirectly(hostClass);

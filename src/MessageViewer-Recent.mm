@@ -44,10 +44,9 @@ static void transferChosenItem(id viewer, id sender, NSMenu *submenu, BOOL delet
 
 + (void)load
 {
-    Class hostClass = LVMailClass("MessageViewer");
+    Class hostClass = LVExtendMailClass("MessageViewer", self);
     if (hostClass == Nil)
         return; // no viewers in this Mail: nothing to patch, no actions to answer
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _old_mailboxWasRenamed_IMP = [LVBundleUtilities swizzleInstanceMethod:@"_mailboxWasRenamed:" forClass:hostClass];
     _old_windowDidBecomeMain_IMP = [LVBundleUtilities swizzleInstanceMethod:@"windowDidBecomeMain:" forClass:hostClass];
 }

@@ -25,10 +25,9 @@ static NSMenu *contextualMenuOfViewer(id viewer)
 
 + (void)load
 {
-    Class hostClass = LVMailClass("NSToolbar");
+    Class hostClass = LVExtendMailClass("NSToolbar", self);
     if (hostClass == Nil)
         return;
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
     _oldSetDelegateIMP = [LVBundleUtilities swizzleInstanceMethod:@"setDelegate:" forClass:hostClass];
 }
 

@@ -6,10 +6,7 @@
 
 + (void)load
 {
-    Class hostClass = LVMailClass("TableViewManager");
-    if (hostClass == Nil)
-        return; // no message list manager in this Mail: no contextual submenus
-    [LVBundleUtilities extendClass:hostClass withMethodsFromClass:self];
+    LVExtendMailClass("TableViewManager", self); // without it in this Mail, no contextual submenus
 }
 
 // Runs as TableViewManager.
