@@ -61,74 +61,64 @@ void BM_TransferEventAfterOpening(benchmark::State &state)
     NSArray *transfers = LBTransfersTo(LBFirstBoxes(store, 2 * limit));
     for (MessageTransfer *transfer in transfers)
         LBSendEvent(transfer);
-    LBTimeStepsAfterPreparing(state, [transfers count], [&](NSUInteger) { [menu update]; },
-                              [&](NSUInteger i) { LBSendEvent([transfers objectAtIndex:i]); });
+    LBTimeStepsAfterPreparing(
+        state, [transfers count], [&](NSUInteger) { [menu update]; },
+        [&](NSUInteger i) { LBSendEvent([transfers objectAtIndex:i]); });
     LBRetireProvider(provider);
     state.counters["limit"] = limit;
 }
 BENCHMARK(BM_TransferEventAfterOpening)->Arg(10)->Arg(50)->Arg(500)->UseManualTime()->Iterations(LBEventsAfterOpenings);
 
 // The list operation itself, called directly, beside the plain steps (which walk the list for
-// the mailbox and sort it whole before dropping a record).
-void BM_AddOrTouch(benchmark::State &state)
+// the mailbox and sort it whole before dropping a record): each use alone, or right after an
+// opening has brought the menus up to date.
+void timeAddOrTouch(benchmark::State &state, bool plainSteps, bool afterOpening)
 {
     int limit = (int)state.range(0);
     LBStore store = LBStoreOfSize(2000);
     LBUseStore(store);
-    LorvaneBundle_Provider *provider = LBNewProvider(limit, nil);
     NSArray *mailboxes = LBFirstBoxes(store, 2 * limit);
-    LBTimeStepsInTurn(state, [mailboxes count], [&](NSUInteger i) { [provider addOrTouchRecentMailboxFromUid:[mailboxes objectAtIndex:i]]; });
-    LBRetireProvider(provider);
+    LorvaneBundle_Provider *provider = plainSteps ? nil : LBNewProvider(limit, nil);
+    LVLiteralLorvane *literal = plainSteps ? [[LVLiteralLorvane alloc] initWithLimit:limit preferences:@{@"SortType" : @0}] : nil;
+    auto use = [&](NSUInteger i) {
+        id mailbox = [mailboxes objectAtIndex:i];
+        plainSteps ? [literal addOrTouch:mailbox] : [provider addOrTouchRecentMailboxFromUid:mailbox];
+    };
+    auto open = [&](NSUInteger) { plainSteps ? [literal open] : [[provider moveToRecentSubmenu] update]; };
+    if (afterOpening) {
+        for (NSUInteger i = 0; i < [mailboxes count]; i++)
+            use(i);
+        LBTimeStepsAfterPreparing(state, [mailboxes count], open, use);
+    } else {
+        LBTimeStepsInTurn(state, [mailboxes count], use);
+    }
+    if (provider != nil)
+        LBRetireProvider(provider);
+    [literal release];
     state.counters["limit"] = limit;
+}
+
+void BM_AddOrTouch(benchmark::State &state)
+{
+    timeAddOrTouch(state, false, false);
 }
 BENCHMARK(BM_AddOrTouch)->Arg(10)->Arg(50)->Arg(500);
 
-LVLiteralLorvane *plainSteps(int limit)
-{
-    return [[[LVLiteralLorvane alloc] initWithLimit:limit preferences:@{ @"SortType" : @0, @"ExcludeSpecialMailboxes" : @(YES) }] autorelease];
-}
-
 void BM_LiteralAddOrTouch(benchmark::State &state)
 {
-    int limit = (int)state.range(0);
-    LBStore store = LBStoreOfSize(2000);
-    LBUseStore(store);
-    LVLiteralLorvane *literal = plainSteps(limit);
-    NSArray *mailboxes = LBFirstBoxes(store, 2 * limit);
-    LBTimeStepsInTurn(state, [mailboxes count], [&](NSUInteger i) { [literal addOrTouch:[mailboxes objectAtIndex:i]]; });
-    state.counters["limit"] = limit;
+    timeAddOrTouch(state, true, false);
 }
 BENCHMARK(BM_LiteralAddOrTouch)->Arg(10)->Arg(50)->Arg(500);
 
 void BM_AddOrTouchAfterOpening(benchmark::State &state)
 {
-    int limit = (int)state.range(0);
-    LBStore store = LBStoreOfSize(2000);
-    LBUseStore(store);
-    LorvaneBundle_Provider *provider = LBNewProvider(limit, nil);
-    NSMenu *menu = [provider moveToRecentSubmenu];
-    NSArray *mailboxes = LBFirstBoxes(store, 2 * limit);
-    for (id<LVMailboxUid> mailbox in mailboxes)
-        [provider addOrTouchRecentMailboxFromUid:mailbox];
-    LBTimeStepsAfterPreparing(state, [mailboxes count], [&](NSUInteger) { [menu update]; },
-                              [&](NSUInteger i) { [provider addOrTouchRecentMailboxFromUid:[mailboxes objectAtIndex:i]]; });
-    LBRetireProvider(provider);
-    state.counters["limit"] = limit;
+    timeAddOrTouch(state, false, true);
 }
 BENCHMARK(BM_AddOrTouchAfterOpening)->Arg(10)->Arg(50)->Arg(500)->UseManualTime()->Iterations(LBEventsAfterOpenings);
 
 void BM_LiteralAddOrTouchAfterOpening(benchmark::State &state)
 {
-    int limit = (int)state.range(0);
-    LBStore store = LBStoreOfSize(2000);
-    LBUseStore(store);
-    LVLiteralLorvane *literal = plainSteps(limit);
-    NSArray *mailboxes = LBFirstBoxes(store, 2 * limit);
-    for (id mailbox in mailboxes)
-        [literal addOrTouch:mailbox];
-    LBTimeStepsAfterPreparing(state, [mailboxes count], [&](NSUInteger) { [literal open]; },
-                              [&](NSUInteger i) { [literal addOrTouch:[mailboxes objectAtIndex:i]]; });
-    state.counters["limit"] = limit;
+    timeAddOrTouch(state, true, true);
 }
 BENCHMARK(BM_LiteralAddOrTouchAfterOpening)->Arg(10)->Arg(50)->Arg(500)->UseManualTime()->Iterations(LBEventsAfterOpenings);
 
