@@ -7,39 +7,33 @@
 
 namespace {
 
-// Twice the limit of mailboxes in turn: every event past the first lap misses and evicts.
-void BM_TransferEvent(benchmark::State &state)
+// Transfers into `lap` mailboxes in turn, timed one by one as Mail sends them.
+void timeTransfersInTurn(benchmark::State &state, NSUInteger lap)
 {
-    int limit = (int)state.range(0);
     LBStore store = LBStoreOfSize(2000);
     LBUseStore(store);
 #if LV_BENCH_WITH_PLUGIN
-    LorvaneBundle_Provider *provider = LBNewProvider(limit, nil);
+    LorvaneBundle_Provider *provider = LBNewProvider((int)state.range(0), nil);
 #endif
-    NSArray *transfers = LBTransfersTo(LBFirstBoxes(store, 2 * limit));
+    NSArray *transfers = LBTransfersTo(LBFirstBoxes(store, lap));
     LBTimeStepsInTurn(state, [transfers count], [&](NSUInteger i) { LBSendEvent([transfers objectAtIndex:i]); });
 #if LV_BENCH_WITH_PLUGIN
     LBRetireProvider(provider);
 #endif
-    state.counters["limit"] = limit;
+    state.counters["limit"] = (double)state.range(0);
+}
+
+// Twice the limit of mailboxes: every event past the first lap misses and evicts.
+void BM_TransferEvent(benchmark::State &state)
+{
+    timeTransfersInTurn(state, 2 * (NSUInteger)state.range(0));
 }
 BENCHMARK(BM_TransferEvent)->Arg(10)->Arg(50)->Arg(500);
 
-// The limit of mailboxes in turn, all listed: every event touches its record.
+// The limit of mailboxes, all listed: every event touches its record.
 void BM_TransferEventTouch(benchmark::State &state)
 {
-    int limit = (int)state.range(0);
-    LBStore store = LBStoreOfSize(2000);
-    LBUseStore(store);
-#if LV_BENCH_WITH_PLUGIN
-    LorvaneBundle_Provider *provider = LBNewProvider(limit, nil);
-#endif
-    NSArray *transfers = LBTransfersTo(LBFirstBoxes(store, limit));
-    LBTimeStepsInTurn(state, [transfers count], [&](NSUInteger i) { LBSendEvent([transfers objectAtIndex:i]); });
-#if LV_BENCH_WITH_PLUGIN
-    LBRetireProvider(provider);
-#endif
-    state.counters["limit"] = limit;
+    timeTransfersInTurn(state, (NSUInteger)state.range(0));
 }
 BENCHMARK(BM_TransferEventTouch)->Arg(50)->Arg(500);
 

@@ -1,18 +1,21 @@
-# Lorvane.mailbundle in the layout GNUstep loads: the shared object at the bundle's
-# root, resources under Resources/.
+# A Lorvane.mailbundle in the layout GNUstep loads, built from the plug-in's sources: the shared
+# object at the bundle's root, its Info under Resources/.
+function(lorvane_add_bundle target bundle_dir)
+    list(TRANSFORM LORVANE_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
+    add_library(${target} MODULE ${sources})
+    target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+    target_link_libraries(${target} PRIVATE ${LORVANE_PLUGIN_LIBRARIES})
+    set_target_properties(${target} PROPERTIES
+        PREFIX "" SUFFIX ""
+        OUTPUT_NAME ${LORVANE_BUNDLE_NAME}
+        LIBRARY_OUTPUT_DIRECTORY ${bundle_dir})
+    lorvane_objc_target(${target})
+    configure_file(${CMAKE_SOURCE_DIR}/Resources/Info-gnustep.plist.in
+                   ${bundle_dir}/Resources/Info-gnustep.plist @ONLY)
+endfunction()
+
 set(LORVANE_BUNDLE_DIR ${CMAKE_BINARY_DIR}/${LORVANE_BUNDLE_NAME}.mailbundle)
-
-add_library(Lorvane MODULE ${LORVANE_SOURCES})
-target_include_directories(Lorvane PRIVATE ${CMAKE_SOURCE_DIR}/src)
-target_link_libraries(Lorvane PRIVATE ${LORVANE_PLUGIN_LIBRARIES})
-set_target_properties(Lorvane PROPERTIES
-    PREFIX "" SUFFIX ""
-    OUTPUT_NAME ${LORVANE_BUNDLE_NAME}
-    LIBRARY_OUTPUT_DIRECTORY ${LORVANE_BUNDLE_DIR})
-lorvane_objc_target(Lorvane)
-
-configure_file(${CMAKE_SOURCE_DIR}/Resources/Info-gnustep.plist.in
-               ${LORVANE_BUNDLE_DIR}/Resources/Info-gnustep.plist @ONLY)
+lorvane_add_bundle(Lorvane ${LORVANE_BUNDLE_DIR})
 
 file(GLOB LORVANE_LPROJ_FILES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/Resources/*.lproj/*)
 set(_bundle_resource_outputs "")

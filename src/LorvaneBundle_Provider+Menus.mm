@@ -32,6 +32,7 @@ struct LVFamilyParts {
 @interface LorvaneBundle_Provider (LVMenuParts)
 - (NSString *)lv_localizedMenuTitle:(NSString *)english;
 - (void)lv_noteMenuBarItem:(NSMenuItem *)item titled:(NSString *)title;
+- (NSMenuItem *)lv_menuBarItemTitled:(NSString *)title action:(SEL)action belowItemWithAction:(SEL)above;
 - (NSMenu *)lv_newRecentSubmenuTitled:(NSString *)title;
 - (void)lv_attachSubmenu:(NSMenu *)submenu toMenuBarItem:(NSMenuItem *)item;
 - (void)lv_becomeDelegateOfRecentSubmenus;
@@ -58,23 +59,16 @@ struct LVFamilyParts {
 // attempted whatever became of the others.
 - (void)lv_installMenuBarItems
 {
-    NSMenu *mainMenu = [NSApp mainMenu];
-    _moveToRecentMenuItem = [LVBundleUtilities newMenuItemWithTitle:_moveToRecentMenuTitle
-                                                             action:@selector(moveToRecentFromSubmenu:)
-                                                   andKeyEquivalent:@""
-                                                             inMenu:mainMenu
-                                              underItemWithSelector:@selector(moveMessagesToMailbox:)];
-    [self lv_noteMenuBarItem:_moveToRecentMenuItem titled:_moveToRecentMenuTitle];
-    _copyToRecentMenuItem = [LVBundleUtilities newMenuItemWithTitle:_copyToRecentMenuTitle
-                                                             action:@selector(copyToRecentFromSubmenu:)
-                                                   andKeyEquivalent:@""
-                                                             inMenu:mainMenu
-                                              underItemWithSelector:@selector(moveToRecentFromSubmenu:)];
-    [self lv_noteMenuBarItem:_copyToRecentMenuItem titled:_copyToRecentMenuTitle];
+    _moveToRecentMenuItem = [self lv_menuBarItemTitled:_moveToRecentMenuTitle
+                                                action:@selector(moveToRecentFromSubmenu:)
+                                   belowItemWithAction:@selector(moveMessagesToMailbox:)];
+    _copyToRecentMenuItem = [self lv_menuBarItemTitled:_copyToRecentMenuTitle
+                                                action:@selector(copyToRecentFromSubmenu:)
+                                   belowItemWithAction:@selector(moveToRecentFromSubmenu:)];
     _goToRecentMenuItem = [LVBundleUtilities newMenuItemWithTitle:_goToRecentMenuTitle
                                                            action:@selector(goToRecentFromSubmenu:)
                                                  andKeyEquivalent:@""
-                                                           inMenu:mainMenu
+                                                           inMenu:[NSApp mainMenu]
                                             underSubmenuWithTitle:_gotoMenuTitle];
     [self lv_noteMenuBarItem:_goToRecentMenuItem titled:_goToRecentMenuTitle];
 }
@@ -228,6 +222,13 @@ struct LVFamilyParts {
         return;
     NSLog(@"[Lorvane] bundle failed to add \"%@\" menu item.", title);
     _menusOK = NO;
+}
+
+- (NSMenuItem *)lv_menuBarItemTitled:(NSString *)title action:(SEL)action belowItemWithAction:(SEL)above
+{
+    NSMenuItem *item = [LVBundleUtilities newMenuItemWithTitle:title action:action andKeyEquivalent:@"" inMenu:[NSApp mainMenu] underItemWithSelector:above];
+    [self lv_noteMenuBarItem:item titled:title];
+    return item;
 }
 
 - (NSMenu *)lv_newRecentSubmenuTitled:(NSString *)title
