@@ -15,23 +15,18 @@ uint64_t maximumObjects;
 // libxml2 reports some faults (a bad encoding among them) whatever the options say, and inside
 // Mail they would reach the user's console: silenced for one document, then put back as found.
 struct QuietLibxml {
-    xmlGenericErrorFunc generic = xmlGenericError;
-    void *genericContext = xmlGenericErrorContext;
-    xmlStructuredErrorFunc structured = xmlStructuredError;
-    void *structuredContext = xmlStructuredErrorContext;
+    xmlStructuredErrorFunc handler = xmlStructuredError;
+    void *context = xmlStructuredErrorContext;
 
-    static void ignore(void *, const char *, ...) { }
-    static void ignoreStructured(void *, xmlErrorPtr) { }
+    static void ignore(void *, xmlErrorPtr) { }
 
     QuietLibxml()
     {
-        xmlSetGenericErrorFunc(nullptr, ignore);
-        xmlSetStructuredErrorFunc(nullptr, ignoreStructured);
+        xmlSetStructuredErrorFunc(nullptr, ignore);
     }
     ~QuietLibxml()
     {
-        xmlSetGenericErrorFunc(genericContext, generic);
-        xmlSetStructuredErrorFunc(structuredContext, structured);
+        xmlSetStructuredErrorFunc(context, handler);
     }
 };
 

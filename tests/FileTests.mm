@@ -287,6 +287,10 @@ TEST_F(File, SavedRecordsComeBackInReverseFileOrderWithTheirCountsDatesAndMailsN
         @{ @"FullPath" : path(@"DateIsANumber"), @"Date" : @12, @"CalendarDate" : old },
         @{ @"FullPath" : path(@"Unparsable"), @"Accesses" : @1, @"Date" : @"last Tuesday" },
     ];
+    // A date of the written form but out of range is read as the platform reads it.
+    NSString *outOfRange = @"2026-01-01 25:00:00 +0000";
+    EXPECT_NSEQ([[NSDate dateWithString:outOfRange] description],
+                [[[LVStartProvider(10, LVPreferences(0, NO, @[ saved(@"Late", 1, outOfRange) ])) getRecentMailboxAtIndex:0] date] description]);
     NSDate *before = [NSDate date];
     LorvaneBundle_Provider *provider = LVStartProvider(10, binaryOf(LVPreferences(2, NO, records)));
 
@@ -368,6 +372,10 @@ TEST_F(File, DamagedMisshapenOrRefusedFilesGiveTheDefaultsAndNeverStopMail)
         EXPECT_TRUE(excludes(provider));
     }
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
+    // libxml2 reports a bad encoding whatever it is asked; none of it reaches Mail's console.
+    LVBeginCapturing(STDERR_FILENO);
+    LVStartProvider(10, bytes("<?xml version=\"1.0\" encoding=\"Shift_JIS\"?><plist><string>\x81\xFF</string></plist>"));
+    EXPECT_EQ(NSNotFound, [LVEndCapturing() rangeOfString:@"error :"].location);
 }
 
 TEST_F(File, TheWrittenFileIsXMLThatPythonReadsWithTheSavedKeysAndReadsBackToTheSecond)
@@ -658,6 +666,7 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "binary offsets of two bytes", binaryList({ "\x10\x01" }, 2), YES },
         { "binary offsets of eight bytes", binaryList({ "\x10\x01" }, 8), NO },
         { "binary string with a lone surrogate", binaryList({ std::string("\x61\xD8\x00", 3) }), NO },
+        { "binary string with a surrogate pair", binaryList({ std::string("\x62\xD8\x00\xDC\x00", 5) }), YES },
         { "XML ending in an open tag", bytes("<?xml version=\"1.0\"?><plist><dict/></plist><"), NO },
         { "XML with an open comment", bytes("<?xml version=\"1.0\"?><plist><dict/><!-- </plist>"), NO },
         { "XML with an attribute's quote left open", bytes("<?xml version=\"1.0\"?><plist version=\"1.0><dict/></plist>"), NO },
@@ -667,6 +676,7 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "XML with a control character", bytes(std::string("<?xml version=\"1.0\"?><plist version=\"") + '\0' + "\"><dict/></plist>"), NO },
         { "XML in Latin-1", bytes("<?xml version=\"1.0\"?><plist><string>caf\xE9</string></plist>"), NO },
         { "XML with two roots", bytes("<?xml version=\"1.0\"?><plist><dict/><dict/></plist>"), NO },
+        { "XML with text between elements", bytes("<?xml version=\"1.0\"?><plist><array>a<true/></array></plist>"), NO },
     };
     for (const Row &row : rows) {
         EXPECT_EQ(row.admitted, [reader admitsData:row.data]) << row.what;

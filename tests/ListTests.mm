@@ -7,6 +7,8 @@
 
 #include <objc/runtime.h>
 
+#include <unistd.h>
+
 #include <climits>
 #include <functional>
 
@@ -288,8 +290,8 @@ TEST_F(List, DebugDumpsPrintMailsNamesAddressesAndPathsInListOrder)
           [NSString stringWithFormat:@"________________\nUID = %p\n________________\n", (void *)lists] },
     };
     for (const Row &row : rows) {
-        LVBeginCapturingStandardOutput();
+        LVBeginCapturing(STDOUT_FILENO);
         row.print();
-        EXPECT_NSEQ(row.expected, LVEndCapturingStandardOutput());
+        EXPECT_NSEQ(row.expected, LVEndCapturing());
     }
 }

@@ -106,9 +106,9 @@ id LVReadPlist(NSString *path);
 /* What Python's plistlib makes of the file, as JSON; nil when it cannot read it. */
 id LVPythonReadPlist(NSString *path);
 
-/* Everything written to standard output between the two calls. */
-void LVBeginCapturingStandardOutput(void);
-NSString *LVEndCapturingStandardOutput(void);
+/* Everything written to the descriptor (standard output or error) between the two calls. */
+void LVBeginCapturing(int descriptor);
+NSString *LVEndCapturing(void);
 
 /* YES when the call raises an Objective-C exception. */
 template <class Call> bool LVRaises(Call call)

@@ -324,26 +324,27 @@ id LVPythonReadPlist(NSString *path)
     return json != nil ? [NSJSONSerialization JSONObjectWithData:json options:0 error:NULL] : nil;
 }
 
-static int savedStandardOutput = -1;
-static char capturePath[] = "/tmp/lorvane-stdout-XXXXXX";
+static int capturedDescriptor = -1, savedDescriptor = -1;
+static char capturePath[] = "/tmp/lorvane-capture-XXXXXX";
 
-void LVBeginCapturingStandardOutput(void)
+void LVBeginCapturing(int descriptor)
 {
-    fflush(stdout);
+    fflush(NULL);
     int capture = mkstemp(capturePath);
-    savedStandardOutput = dup(STDOUT_FILENO);
-    dup2(capture, STDOUT_FILENO);
+    capturedDescriptor = descriptor;
+    savedDescriptor = dup(descriptor);
+    dup2(capture, descriptor);
     close(capture);
 }
 
-NSString *LVEndCapturingStandardOutput(void)
+NSString *LVEndCapturing(void)
 {
-    fflush(stdout);
-    dup2(savedStandardOutput, STDOUT_FILENO);
-    close(savedStandardOutput);
+    fflush(NULL);
+    dup2(savedDescriptor, capturedDescriptor);
+    close(savedDescriptor);
     NSString *captured = [NSString stringWithContentsOfFile:@(capturePath) encoding:NSUTF8StringEncoding error:NULL];
     unlink(capturePath);
-    strcpy(capturePath, "/tmp/lorvane-stdout-XXXXXX");
+    strcpy(capturePath, "/tmp/lorvane-capture-XXXXXX");
     return captured ?: @"";
 }
 
