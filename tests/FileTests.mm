@@ -336,6 +336,7 @@ TEST_F(File, ARecordListedTwiceLeavesOnePlaceAtATime)
 
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"New"))];
     EXPECT_NSEQ((@[ @"New", @"Lists", @"Work" ]), LVListedNames(provider));
+    EXPECT_EQ(2, [provider getRecentMailboxIndexWithUid:LVUid([[second allMailboxUids] lastObject])]);
     [provider addOrTouchRecentMailboxFromUid:LVUid(mailbox(@"Newer"))];
 
     EXPECT_NSEQ((@[ @"Newer", @"New", @"Lists" ]), LVListedNames(provider));
