@@ -16,7 +16,7 @@ static NSString *const LVSortTypeKey = @"SortType";
 static NSString *const LVRecentMailboxesKey = @"RecentMailboxes";
 static NSString *const LVAccessesKey = @"Accesses";
 static NSString *const LVDateKey = @"Date";
-static NSString *const LVCalendarDateKey = @"CalendarDate"; // what older versions called "Date"
+static NSString *const LVCalendarDateKey = @"CalendarDate"; // a saved date under its other name, read when "Date" is missing
 static NSString *const LVFullPathKey = @"FullPath";
 
 NSString *LVUserLibraryFolder(void)
