@@ -1,6 +1,5 @@
 #import "AccountPreferences-Recent.h"
 #import "LorvaneBundle_Provider.h"
-#import "Utilities.h"
 #import "MailInterfaces.h"
 
 // Mail's own accountsDidChange:, run after the provider has been told.
@@ -10,10 +9,7 @@ static IMP _old_accountsDidChange_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVExtendMailClass("AccountPreferences", self);
-    if (hostClass == Nil)
-        return; // no account preferences in this Mail: nothing to patch
-    _old_accountsDidChange_IMP = [LVBundleUtilities swizzleInstanceMethod:@"accountsDidChange:" forClass:hostClass];
+    _old_accountsDidChange_IMP = LVPatchMailClass("AccountPreferences", self, @"accountsDidChange:");
 }
 
 // Runs as AccountPreferences. A removed account takes its mailboxes with it: the list

@@ -1,6 +1,5 @@
 #import "MailAccount-Recent.h"
 #import "LorvaneBundle_Provider.h"
-#import "Utilities.h"
 #import "MailInterfaces.h"
 
 // Mail's own deleteMailbox:reflectToServer:, run after the provider has been told.
@@ -10,10 +9,7 @@ static IMP _old_deleteMailbox_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVExtendMailClass("MailAccount", self);
-    if (hostClass == Nil)
-        return; // no accounts in this Mail: nothing to patch
-    _old_deleteMailbox_IMP = [LVBundleUtilities swizzleInstanceMethod:@"deleteMailbox:reflectToServer:" forClass:hostClass];
+    _old_deleteMailbox_IMP = LVPatchMailClass("MailAccount", self, @"deleteMailbox:reflectToServer:");
 }
 
 // Runs as MailAccount, before Mail deletes the mailbox: only marks the work, which the

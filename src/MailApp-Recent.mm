@@ -1,6 +1,5 @@
 #import "MailApp-Recent.h"
 #import "LorvaneBundle_Provider.h"
-#import "Utilities.h"
 #import "MailInterfaces.h"
 
 // Mail's own applicationWillTerminate:, run after the preferences are saved.
@@ -10,10 +9,7 @@ static IMP _old_applicationWillTerminate_IMP = NULL;
 
 + (void)load
 {
-    Class hostClass = LVExtendMailClass("MailApp", self);
-    if (hostClass == Nil)
-        return; // no Mail application class: nothing to patch
-    _old_applicationWillTerminate_IMP = [LVBundleUtilities swizzleInstanceMethod:@"applicationWillTerminate:" forClass:hostClass];
+    _old_applicationWillTerminate_IMP = LVPatchMailClass("MailApp", self, @"applicationWillTerminate:");
 }
 
 // Runs as MailApp. The file is written completely before Mail goes on to quit.

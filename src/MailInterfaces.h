@@ -79,3 +79,11 @@ static inline Class LVExtendMailClass(const char *name, Class additions)
         [LVBundleUtilities extendClass:hostClass withMethodsFromClass:additions];
     return hostClass;
 }
+
+/* Extends one of Mail's classes as above, then puts the method's "LV" twin in its place;
+   answers Mail's own implementation, or NULL when this Mail has no such class. */
+static inline IMP LVPatchMailClass(const char *name, Class additions, NSString *method)
+{
+    Class hostClass = LVExtendMailClass(name, additions);
+    return hostClass != Nil ? [LVBundleUtilities swizzleInstanceMethod:method forClass:hostClass] : NULL;
+}

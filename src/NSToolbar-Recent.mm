@@ -2,7 +2,6 @@
 #import "LorvaneBundle_Provider.h"
 #import "MessageViewer-Recent.h"
 #import "TableViewManager-Recent.h"
-#import "Utilities.h"
 #import "MailInterfaces.h"
 
 BOOL didSetContextualMenuDelegate = NO;
@@ -25,10 +24,7 @@ static NSMenu *contextualMenuOfViewer(id viewer)
 
 + (void)load
 {
-    Class hostClass = LVExtendMailClass("NSToolbar", self);
-    if (hostClass == Nil)
-        return;
-    _oldSetDelegateIMP = [LVBundleUtilities swizzleInstanceMethod:@"setDelegate:" forClass:hostClass];
+    _oldSetDelegateIMP = LVPatchMailClass("NSToolbar", self, @"setDelegate:");
 }
 
 // Runs as NSToolbar. A viewer's toolbar getting its delegate is the first moment the

@@ -1,5 +1,4 @@
 #import "TableViewManager-Recent.h"
-#import "Utilities.h"
 #import "MailInterfaces.h"
 
 @implementation TableViewManager_LVAdditions
