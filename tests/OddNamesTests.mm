@@ -106,12 +106,6 @@ protected:
     }
 };
 
-NSInteger indexOfTitle(NSMenu *menu, NSString *title)
-{
-    NSUInteger index = [LVTitlesAboveSeparator(menu) indexOfObject:title];
-    return index != NSNotFound ? (NSInteger)index : -1;
-}
-
 } // namespace
 
 TEST_F(OddNames, ShowAsTextInEverySubmenuWithTheirToolTipsAndChoosingEachActsOnItsOwnMailbox)
@@ -131,7 +125,7 @@ TEST_F(OddNames, ShowAsTextInEverySubmenuWithTheirToolTipsAndChoosingEachActsOnI
         for (NSUInteger family = 0; family < 5; family++) {
             NSMenu *submenu = [LVRecentSubmenus(provider) objectAtIndex:family];
             LVOpenRecentMenu(submenu);
-            NSInteger index = indexOfTitle(submenu, name.title);
+            NSInteger index = [submenu indexOfItemWithTitle:name.title];
             ASSERT_GE(index, 0) << LVFamilyNames[family] << ": " << [name.title UTF8String];
             LVSelectFirstMessages(viewer, source, 1);
             LVChooseItem(submenu, index);
