@@ -3,6 +3,7 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -77,6 +78,42 @@ NSDate *dateOf(NSString *text)
     return [NSCalendarDate dateWithString:text calendarFormat:format];
 }
 
+// Base64 as property lists hold it: white space and any other character outside the alphabet
+// skipped, padding ending the data, a last group of two or three characters giving one or two
+// bytes. GNUstep's own decoder raises on some damaged text.
+NSData *dataOf(NSString *text)
+{
+    static const std::array<int8_t, 256> values = [] {
+        std::array<int8_t, 256> table;
+        table.fill(-1);
+        const char *alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        for (int8_t value = 0; value < 64; value++)
+            table[(uint8_t)alphabet[value]] = value;
+        return table;
+    }();
+    NSMutableData *data = [NSMutableData dataWithCapacity:[text length] * 3 / 4];
+    uint32_t group = 0;
+    int count = 0;
+    for (const char *c = [text UTF8String]; *c != '\0' && *c != '='; c++) {
+        int8_t value = values[(uint8_t)*c];
+        if (value < 0)
+            continue;
+        group = (group << 6) | (uint32_t)value;
+        if (++count == 4) {
+            uint8_t bytes[3] = { (uint8_t)(group >> 16), (uint8_t)(group >> 8), (uint8_t)group };
+            [data appendBytes:bytes length:3];
+            group = 0;
+            count = 0;
+        }
+    }
+    if (count >= 2) {
+        group <<= 6 * (4 - count);
+        uint8_t bytes[2] = { (uint8_t)(group >> 16), (uint8_t)(group >> 8) };
+        [data appendBytes:bytes length:(NSUInteger)count - 1];
+    }
+    return data;
+}
+
 id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects);
 
 NSDictionary *dictionaryOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64_t &objects)
@@ -132,7 +169,7 @@ id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
     if (named(node, "date"))
         return dateOf(text);
     if (named(node, "data"))
-        return [[[NSData alloc] initWithBase64EncodedString:text options:NSDataBase64DecodingIgnoreUnknownCharacters] autorelease];
+        return dataOf(text);
     return nil;
 }
 

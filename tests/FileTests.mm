@@ -689,4 +689,6 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
     }
     EXPECT_NSEQ(settings, [reader propertyListWithData:xmlOf(settings)]);
     EXPECT_NSEQ(settings, [reader propertyListWithData:binaryOf(settings)]);
+    // Data as a Mac reads it: spaces and stray characters skipped, a short last group kept.
+    EXPECT_NSEQ([NSData dataWithBytes:"\x00\x01\x02\x03" length:4], [reader propertyListWithData:bytes("<?xml version=\"1.0\"?><plist><data> AA\nEC*Aw= </data></plist>")]);
 }
