@@ -2,6 +2,7 @@
 #import "LVXMLPropertyList.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -135,6 +136,16 @@ bool isUTF16(const uint8_t *bytes, uint64_t count)
     return true;
 }
 
+// GNUstep's date raises for an interval that is not a number; a Mac writes none that is not
+// finite.
+bool isFiniteTime(const uint8_t *bytes)
+{
+    uint64_t bits = bigEndian(bytes, 8);
+    double seconds;
+    memcpy(&seconds, &bits, sizeof seconds);
+    return std::isfinite(seconds);
+}
+
 bool admitsBinaryObject(const BinaryList &list, uint64_t index, unsigned depth, Unfolded &unfolded);
 
 // References are checked one by one as they are followed: a container's count is taken
@@ -179,7 +190,7 @@ bool admitsBinaryObject(const BinaryList &list, uint64_t index, unsigned depth, 
     case 0x2:
         return (low == 2 || low == 3) && fits(list, position, 1u << low);
     case 0x3:
-        return marker == 0x33 && fits(list, position, 8);
+        return marker == 0x33 && fits(list, position, 8) && isFiniteTime(list.bytes + position);
     case 0x4:
         return readCount(list, marker, position, count) && admitsPayload(list, position, count, unfolded);
     case 0x5:

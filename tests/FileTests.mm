@@ -670,6 +670,8 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "binary offsets of eight bytes", binaryList({ "\x10\x01" }, 8), NO },
         { "binary string with a lone surrogate", binaryList({ std::string("\x61\xD8\x00", 3) }), NO },
         { "binary string with a surrogate pair", binaryList({ std::string("\x62\xD8\x00\xDC\x00", 5) }), YES },
+        { "binary date", binaryList({ std::string("\x33\x41\xC0\x00\x00\x00\x00\x00\x00", 9) }), YES },
+        { "binary date that is not a number", binaryList({ std::string("\x33\x7F\xF8\x00\x00\x00\x00\x00\x00", 9) }), NO },
         { "XML ending in an open tag", bytes("<?xml version=\"1.0\"?><plist><dict/></plist><"), NO },
         { "XML with an open comment", bytes("<?xml version=\"1.0\"?><plist><dict/><!-- </plist>"), NO },
         { "XML with an attribute's quote left open", bytes("<?xml version=\"1.0\"?><plist version=\"1.0><dict/></plist>"), NO },
