@@ -180,16 +180,11 @@ NSArray *sorted(NSArray *array)
 }
 
 // Mail with a POP account "Home", and no preferences file yet.
-class File : public testing::Test {
+class File : public LVHomeStoreTest {
 protected:
-    MHMailStore *store = nil;
-    MailAccount *home = nil;
-
     void SetUp() override
     {
-        LVStartMail();
-        store = LVMakeStore(@"file");
-        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
+        LVHomeStoreTest::SetUp();
         faultFolder = std::string([preferencesFolder() fileSystemRepresentation]) + "/";
         removeLorvaneFiles();
     }
@@ -200,7 +195,6 @@ protected:
         faultFolder.clear();
     }
 
-    MailboxUid *mailbox(NSString *relativePath) { return [home createMailboxWithRelativePath:relativePath]; }
     NSString *path(NSString *relativePath) { return [mailbox(relativePath) fullPath]; }
 
     NSDictionary *saved(NSString *name, int accesses, NSString *date) { return LVSavedRecord(mailbox(name), accesses, date); }

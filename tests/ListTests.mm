@@ -15,21 +15,8 @@
 namespace {
 
 // Mail's mailboxes for the list: a POP account "Home" with its folders on disk.
-class List : public testing::Test {
+class List : public LVHomeStoreTest {
 protected:
-    MHMailStore *store = nil;
-    MailAccount *home = nil;
-
-    void SetUp() override
-    {
-        LVStartMail();
-        store = LVMakeStore(@"list");
-        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
-        ASSERT_TRUE(home != nil);
-    }
-
-    MailboxUid *mailbox(NSString *relativePath) { return [home createMailboxWithRelativePath:relativePath]; }
-
     // Each mailbox used as often as its count asks, one after the other: the last is the newest.
     LorvaneBundle_Provider *listAfterUsing(int limit, int sortType, NSArray *names, std::vector<int> uses)
     {

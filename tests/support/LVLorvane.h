@@ -54,6 +54,23 @@ MHMailStore *LVMakeStore(NSString *name);
 /* An account held in memory with these mailboxes, made active beside the others. */
 MailAccount *LVMemoryAccount(NSString *name, NSArray *relativePaths);
 
+/* Mail with the plug-in and a store of its own holding one POP account, "Home". */
+class LVHomeStoreTest : public testing::Test {
+protected:
+    MHMailStore *store = nil;
+    MailAccount *home = nil;
+
+    void SetUp() override
+    {
+        LVStartMail();
+        store = LVMakeStore(@"home");
+        home = [store addAccountNamed:@"Home" type:@"POP" serverPathPrefix:nil];
+        ASSERT_TRUE(home != nil);
+    }
+
+    MailboxUid *mailbox(NSString *relativePath) { return [home createMailboxWithRelativePath:relativePath]; }
+};
+
 /* ---- Lorvane started as Mail starts it ---- */
 
 /* A fresh main menu, the limit, the preferences file (a property list written as XML, the
