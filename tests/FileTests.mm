@@ -256,7 +256,6 @@ TEST_F(File, SettingsAreReadWithTheirDefaultsAndClamps)
         { "texts answer for themselves", @"NO", @"2", false, 2 },
         { "unreadable texts", @"maybe", @"by date", false, 0 },
         { "containers count as missing", @[ @(NO) ], @{ @"SortType" : @2 }, true, 0 },
-        { "a date counts as missing", [NSDate date], [NSDate date], true, 0 },
     };
     for (const Row &row : rows) {
         NSMutableDictionary *file = [NSMutableDictionary dictionary];
@@ -353,9 +352,7 @@ TEST_F(File, DamagedMisshapenOrRefusedFilesGiveTheDefaultsAndNeverStopMail)
         [binary subdataWithRange:NSMakeRange(0, [binary length] / 2)],
         damagedBinary,
         tooLong,
-        [[valid description] dataUsingEncoding:NSUTF8StringEncoding],
         bytes("<html><body>Not a plist at all</body></html>"),
-        bytes(std::string("\x00\xFF\xFE\x01\x80\x7F", 6)),
         @[ valid ],
         @"SortType",
         @{ @"Sort" : @2, @"Mailboxes" : @[] },
