@@ -20,6 +20,13 @@
 #include <chrono>
 #include <vector>
 
+/* ---- Mail ---- */
+
+@class MHMailSession;
+/* The program's Mail, in a private folder; made by LBStartSession at the start of main(). */
+MHMailSession *LBStartSession(void);
+MHMailSession *LBSession(void);
+
 /* ---- Stores ---- */
 
 /* About `size` mailboxes over five in-memory accounts, made once per size. In a shared store
@@ -44,8 +51,9 @@ void LBSendEvent(MessageTransfer *transfer);
 #if LV_BENCH_WITH_PLUGIN
 /* The plug-in's provider class, once the bundle is loaded. */
 Class LBProviderClass(void);
-/* A provider started as Mail starts one, with the limit and a preferences file naming these
-   mailboxes (none when nil), the first most used; it becomes the one the hooks report to. */
+/* A provider started as Mail starts one again, on a fresh menu bar, with the limit and a
+   preferences file naming these mailboxes (none when nil), the first most used; it becomes
+   the one the hooks report to. */
 LorvaneBundle_Provider *LBNewProvider(int limit, NSArray *savedMailboxes);
 /* The list filled by transfers into the mailboxes, and the menus opened once. */
 LorvaneBundle_Provider *LBProviderWithList(int limit, NSArray *mailboxes);
@@ -60,7 +68,8 @@ long LBRebuildCount(void);
 long LBTitlesSetCount(void);
 #endif
 
-/* A preferences file naming the mailboxes, all dated now, the first one most used. */
+/* Lorvane's preferences file: naming the mailboxes, all dated now, the first one most used. */
+NSString *LBPreferencesFilePath(void);
 void LBWritePreferences(NSArray *mailboxes);
 void LBRemovePreferences(void);
 
@@ -123,5 +132,6 @@ void LBEndStartupMemory(void);
 long LBStartupPeakAddedKilobytes(void);    // -1 when the mark could not be reset
 long LBStartupHeapKeptKilobytes(void);
 
-/* Loads the bundle as Mail does, timed; NO when the plug-in did not start. */
+/* Loads the plug-ins as Mail does (this program's: none in the baseline), timed; NO when the
+   plug-in did not start. */
 BOOL LBLoadPlugin(double *seconds);

@@ -1,7 +1,6 @@
 #import "BenchSupport.h"
 #import "MHMailMenus.h"
-#import "MHUserLibrary.h"
-#import "MHBundleLoader.h"
+#import "MHMailSession.h"
 
 #include <objc/runtime.h>
 
@@ -9,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <utility>
@@ -16,8 +16,25 @@
 namespace {
 
 const int LBStoreAccounts = 5;
+NSString *const LBPreferencesFileName = @"org.lorvane.mailbundle.plist";
+MHMailSession *session;
 
 } // namespace
+
+MHMailSession *LBStartSession(void)
+{
+    char pattern[] = "/tmp/lorvane-bench-XXXXXX";
+    session = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:mkdtemp(pattern)]];
+#if LV_BENCH_WITH_PLUGIN
+    [session addBundlePath:@LORVANE_BUNDLE_PATH];
+#endif
+    return session;
+}
+
+MHMailSession *LBSession(void)
+{
+    return session;
+}
 
 LBStore LBStoreOfSize(int size, bool sharedNames)
 {
@@ -25,29 +42,8 @@ LBStore LBStoreOfSize(int size, bool sharedNames)
     auto found = stores.find({ size, sharedNames });
     if (found != stores.end())
         return found->second;
-    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    int perAccount = size / LBStoreAccounts - 1; // less the "Archive" parent
-    NSMutableArray *accounts = [NSMutableArray array];
-    std::vector<std::vector<MailboxUid *>> byAccount(LBStoreAccounts);
-    for (int a = 0; a < LBStoreAccounts; a++) {
-        NSString *name = [NSString stringWithFormat:@"Account %d (%d%s)", a + 1, size, sharedNames ? "" : " plain"];
-        MailAccount *account = [[MailAccount alloc] initWithDisplayName:name path:nil];
-        for (int n = 0; n < perAccount; n++) {
-            NSString *path = sharedNames ? [NSString stringWithFormat:@"Archive/Box %05d", n] : [NSString stringWithFormat:@"Archive/Box %05d-%d", n, a];
-            byAccount[a].push_back([account createMailboxWithRelativePath:path]);
-        }
-        [accounts addObject:account];
-        [account release];
-    }
-    NSMutableArray *boxes = [NSMutableArray array];
-    for (int n = 0; n < perAccount; n++)
-        for (int a = 0; a < LBStoreAccounts; a++)
-            [boxes addObject:byAccount[a][n]];
-    LBStore store = { [accounts copy], [boxes copy] };
-    // Mail's accounts put their mailboxes in order when first asked.
-    for (MailAccount *account in accounts)
-        [account allMailboxUids];
-    [pool release];
+    NSArray *boxes = [session openGeneratedStoreOfMailboxes:size accounts:LBStoreAccounts sharedNames:sharedNames];
+    LBStore store = { [[MailAccount activeAccounts] copy], [boxes copy] };
     stores[{ size, sharedNames }] = store;
     return store;
 }
@@ -89,6 +85,11 @@ void LBSendEvent(MessageTransfer *transfer)
     [transfer setDelegate:LBViewer()];
 }
 
+NSString *LBPreferencesFilePath(void)
+{
+    return [[session preferencesFolder] stringByAppendingPathComponent:LBPreferencesFileName];
+}
+
 void LBWritePreferences(NSArray *mailboxes)
 {
     NSMutableArray *records = [NSMutableArray array];
@@ -96,12 +97,12 @@ void LBWritePreferences(NSArray *mailboxes)
     int accesses = (int)[mailboxes count];
     for (MailboxUid *mailbox in mailboxes)
         [records addObject:@{ @"FullPath" : [mailbox fullPath], @"Accesses" : @(accesses--), @"Date" : date }];
-    MHWritePropertyList(@{ @"SortType" : @0, @"ExcludeSpecialMailboxes" : @(YES), @"RecentMailboxes" : records }, MHPreferencesFilePath(), NO);
+    [session writePreferencesFileNamed:LBPreferencesFileName contents:@{ @"SortType" : @0, @"ExcludeSpecialMailboxes" : @(YES), @"RecentMailboxes" : records }];
 }
 
 void LBRemovePreferences(void)
 {
-    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
+    [session writePreferencesFileNamed:LBPreferencesFileName contents:nil];
 }
 
 #if LV_BENCH_WITH_PLUGIN
@@ -141,12 +142,12 @@ Class LBProviderClass(void)
 
 LorvaneBundle_Provider *LBNewProvider(int limit, NSArray *savedMailboxes)
 {
-    MHSetRecentItemsLimit(limit);
+    [session setRecentItemsLimit:limit];
     if (savedMailboxes != nil)
         LBWritePreferences(savedMailboxes);
     else
         LBRemovePreferences();
-    return [[providerClass alloc] init];
+    return [session startPluginAgain];
 }
 
 LorvaneBundle_Provider *LBProviderWithList(int limit, NSArray *mailboxes)
@@ -193,21 +194,19 @@ long LBTitlesSetCount(void)
 
 BOOL LBLoadPlugin(double *seconds)
 {
-#if LV_BENCH_WITH_PLUGIN
     LBClock::time_point start = LBClock::now();
-    NSBundle *bundle = MHLoadMailBundle(@LORVANE_BUNDLE_PATH);
+    BOOL loaded = [session loadPlugins];
     *seconds = LBSecondsSince(start);
-    providerClass = NSClassFromString(@"LorvaneBundle_Provider");
-    if (bundle == nil || providerClass == Nil || [providerClass activeLorvaneBundle_Provider] == nil) {
+#if LV_BENCH_WITH_PLUGIN
+    providerClass = [[session bundle] principalClass];
+    if (!loaded || providerClass == Nil || [session provider] == nil) {
         fprintf(stderr, "The plug-in did not load from %s\n", LORVANE_BUNDLE_PATH);
         return NO;
     }
     originalUpdateMenus = interpose(providerClass, @selector(updateMenus), (IMP)countingUpdateMenus);
     originalSetTitle = interpose([NSMenuItem class], @selector(setTitle:), (IMP)countingSetTitle);
-#else
-    *seconds = 0;
 #endif
-    return YES;
+    return loaded;
 }
 
 double LBSecondsSince(LBClock::time_point start)

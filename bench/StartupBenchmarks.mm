@@ -5,11 +5,8 @@
  */
 #import "BenchSupport.h"
 #import "LVLiteralSteps.h"
-#import "MHAlertRecorder.h"
-#import "MHPrivateFolders.h"
-#import "MHUserLibrary.h"
+#import "MHMailSession.h"
 #import "MailApp.h"
-#import "MHBundleLoader.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -58,12 +55,13 @@ void BM_StartupInit(benchmark::State &state)
     int records = (int)state.range(1);
     LBStore store = LBStoreOfSize((int)state.range(0));
     LBUseStore(store);
-    MHSetRecentItemsLimit(records);
+    [LBSession() setRecentItemsLimit:records];
     LBWritePreferences(LBFirstBoxes(store, records));
     int listed = 0;
     for (auto _ : state) {
+        [[LBSession() application] prepareToLaunchAgain];
         LBClock::time_point start = LBClock::now();
-        LorvaneBundle_Provider *provider = [[LBProviderClass() alloc] init];
+        LorvaneBundle_Provider *provider = [LBSession() newPluginInstance];
         state.SetIterationTime(LBSecondsSince(start));
         listed = [provider getRecentMailboxIndexWithUid:[store.boxes objectAtIndex:0]] >= 0;
         LBRetireProvider(provider);
@@ -99,7 +97,7 @@ void BM_LiteralReadPreferences(benchmark::State &state)
     LBStore store = LBStoreOfSize((int)state.range(0));
     LBUseStore(store);
     LBWritePreferences(LBFirstBoxes(store, records));
-    NSData *data = [NSData dataWithContentsOfFile:MHPreferencesFilePath()];
+    NSData *data = [NSData dataWithContentsOfFile:LBPreferencesFilePath()];
     NSUInteger loaded = 0;
     for (auto _ : state) {
         NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
@@ -134,20 +132,18 @@ int main(int argc, char **argv)
 {
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     benchmark::Initialize(&argc, argv);
-    char pattern[] = "/tmp/lorvane-bench-XXXXXX";
-    MHUsePrivateUserFolders([NSString stringWithUTF8String:mkdtemp(pattern)]);
+    MHMailSession *mail = LBStartSession();
     if (getenv("LORVANE_BENCH_LOG") == NULL)
         _NSLog_printf_handler = dropLogLine;
     NSSetUncaughtExceptionHandler(failOnUncaughtException);
 
-    MHSetRecordsAlerts(YES);
-    if ([MailApp sharedMailApp] == nil)
+    if (![mail launchApplication])
         return 2;
     LBStore store = LBStoreOfSize(10000);
     LBUseStore(store);
-    MHSetRecentItemsLimit(50);
+    [mail setRecentItemsLimit:50];
     LBWritePreferences(LBFirstBoxes(store, 50));
-    mailPreparationSeconds = LBSecondsFor([] { MHPrepareMailClassesForPlugins(); });
+    mailPreparationSeconds = LBSecondsFor([&] { [mail prepareForPlugins]; });
     LBBeginStartupMemory();
     if (!LBLoadPlugin(&bundleLoadSeconds))
         return 2;

@@ -1,9 +1,10 @@
 /*
- * The stand-in Mail the fuzz targets read files in: a private Library folder, the plug-in
- * loaded from its fuzzing build the way Mail loads it, and accounts in memory whose
- * mailboxes saved paths can name ("Home/Work", "Office/Archive/2023").
+ * The stand-in Mail the fuzz targets read files in, started through MHMailSession as tests
+ * start it: a private Library folder, accounts in memory whose mailboxes saved paths can name
+ * ("Home/Work", "Office/Archive/2023"), and the plug-in loaded from its fuzzing build the way
+ * Mail loads it, Mail making its instance with -init.
  *
- * Each target writes the fuzzer's bytes to the file the plug-in reads and lets the
+ * Each target writes the fuzzer's bytes where Mail's user keeps the file and lets the
  * plug-in's own reading code take it from there. A target that finds an outcome the
  * plug-in must never show calls LVFuzzFail, which stops the run with the input kept.
  */
@@ -13,8 +14,9 @@
 #include <cstddef>
 #include <cstdint>
 
-/* Starts Mail once per process; answers a provider made without -init (which would install
-   menus), holding the given limit and an empty list. Stops the process when Mail cannot start. */
+/* Starts Mail once per process, with the system's recent-items limit and no preferences file;
+   answers the provider Mail's start made. Stops the process when Mail or the plug-in cannot
+   start. */
 LorvaneBundle_Provider *LVFuzzStartMail(int limit);
 
 /* Lorvane's preferences file, or the system's recent-items file, holding exactly these bytes. */
@@ -31,6 +33,9 @@ void LVFuzzForget(void);
 
 /* Every mailbox of the store, as Mail lists them. */
 NSArray *LVFuzzMailboxes(void);
+/* The provider's list as its methods report it, front first; at most `most` records are read,
+   so a list longer than that shows as `most` records. Reading past the end raises once. */
+NSArray *LVFuzzListedRecords(LorvaneBundle_Provider *provider, int most);
 
 /* Reports what the plug-in did wrong with the input and aborts, so libFuzzer keeps it. */
 void LVFuzzFail(const char *what) __attribute__((noreturn));

@@ -1,9 +1,7 @@
 #import "FuzzMail.h"
-#import "IMAPAccount.h"
 #import "MailAccount.h"
-#import "MHPrivateFolders.h"
+#import "MHMailSession.h"
 #import "MHUserLibrary.h"
-#import "MHBundleLoader.h"
 #import "PropertyListReader.h"
 
 #include <objc/runtime.h>
@@ -20,7 +18,7 @@ extern "C" const char *__asan_default_options(void)
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
 static char temporaryRoot[] = "/tmp/lorvane-fuzz-XXXXXX";
-static NSString *preferencesFile;  // the two files the targets write, found once
+static NSString *preferencesFile;  // the two files the targets write, named once
 static NSString *recentItemsFile;
 static NSMutableArray *loggedLines;
 static NSUInteger exceptionsRaised;
@@ -58,36 +56,15 @@ static void removeTemporaryRoot(void)
     [[NSFileManager defaultManager] removeItemAtPath:[NSString stringWithUTF8String:temporaryRoot] error:NULL];
 }
 
-// GNUstep finds the user's Library folder through its configuration, not HOME.
-static void redirectUserFolders(void)
-{
-    NSString *root = [NSString stringWithUTF8String:mkdtemp(temporaryRoot)];
-    atexit(removeTemporaryRoot);
-    MHUsePrivateUserFolders(root);
-    preferencesFile = [MHPreferencesFilePath() retain];
-    recentItemsFile = [MHRecentItemsFilePath() retain];
-}
-
-static MailAccount *accountInMemory(Class kind, NSString *name, NSArray *relativePaths)
-{
-    MailAccount *account = [[[kind alloc] initWithDisplayName:name path:nil] autorelease];
-    for (NSString *relativePath in relativePaths)
-        [account createMailboxWithRelativePath:relativePath];
-    return account;
-}
-
 // Two accounts share the name "Home", so "Home/Work" names two mailboxes, as it can in Mail;
 // the IMAP account's prefix gives its paths the form the plug-in shortens.
-static void openStore(void)
+static void openStore(MHMailSession *mail)
 {
-    MailAccount *home = accountInMemory([MailAccount class], @"Home", @[ @"Inbox", @"Sent", @"Work", @"Projects", @"Projects/Old" ]);
-    MailAccount *homeServer = accountInMemory([IMAPAccount class], @"Home", @[ @"Work", @"Receipts" ]);
-    IMAPAccount *office = (IMAPAccount *)accountInMemory([IMAPAccount class], @"Office", @[ @"INBOX", @"INBOX/Work", @"INBOX/Archive", @"INBOX/Archive/2023" ]);
-    [office setServerPathPrefix:@"INBOX"];
-    NSArray *accounts = @[ home, homeServer, office ];
-    [MailAccount setActiveAccounts:accounts];
+    [mail addAccountInMemoryNamed:@"Home" type:@"POP" serverPathPrefix:nil mailboxes:@[ @"Inbox", @"Sent", @"Work", @"Projects", @"Projects/Old" ]];
+    [mail addAccountInMemoryNamed:@"Home" type:@"IMAP" serverPathPrefix:nil mailboxes:@[ @"Work", @"Receipts" ]];
+    [mail addAccountInMemoryNamed:@"Office" type:@"IMAP" serverPathPrefix:@"INBOX" mailboxes:@[ @"INBOX", @"INBOX/Work", @"INBOX/Archive", @"INBOX/Archive/2023" ]];
     NSMutableArray *all = [NSMutableArray array];
-    for (MailAccount *account in accounts)
+    for (MailAccount *account in [MailAccount activeAccounts])
         [all addObjectsFromArray:[account allMailboxUids]];
     mailboxes = [all copy];
 }
@@ -97,20 +74,20 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
     processPool = [[NSAutoreleasePool alloc] init];
     loggedLines = [[NSMutableArray alloc] init];
     _NSLog_printf_handler = collectLogLine;
-    redirectUserFolders();
-    // A running Mail has messaged its classes long before it loads a plug-in.
-    MHPrepareMailClassesForPlugins();
-    if (![[NSBundle bundleWithPath:@LORVANE_FUZZ_BUNDLE_PATH] load]) {
-        fprintf(stderr, "cannot load %s\n", LORVANE_FUZZ_BUNDLE_PATH);
+    MHMailSession *mail = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:mkdtemp(temporaryRoot)]];
+    atexit(removeTemporaryRoot);
+    preferencesFile = [[mail writePreferencesFileNamed:@"org.lorvane.mailbundle.plist" contents:nil] retain];
+    recentItemsFile = [MHRecentItemsFilePath() retain];
+    [mail setRecentItemsLimit:limit];
+    openStore(mail);
+    [mail addBundlePath:@LORVANE_FUZZ_BUNDLE_PATH];
+    // Never released: Mail and the plug-in's provider live as long as the process.
+    LorvaneBundle_Provider *provider = [mail start] ? [mail provider] : nil;
+    if (provider == nil) {
+        fprintf(stderr, "cannot start the plug-in from %s\n", LORVANE_FUZZ_BUNDLE_PATH);
         exit(2);
     }
-    openStore();
     countRaisedExceptions();
-
-    // Never released: the plug-in's provider lives as long as Mail does.
-    LorvaneBundle_Provider *provider = [NSClassFromString(@"LorvaneBundle_Provider") alloc];
-    [provider setValue:[NSMutableArray array] forKey:@"_recentMailboxes"];
-    [provider setValue:[NSNumber numberWithInt:limit] forKey:@"_maxMailboxes"];
     LVFuzzForget();
     return provider;
 }
@@ -157,6 +134,18 @@ void LVFuzzForget(void)
 NSArray *LVFuzzMailboxes(void)
 {
     return mailboxes;
+}
+
+// The list's length is no method of the provider's: records are read until the index raises.
+NSArray *LVFuzzListedRecords(LorvaneBundle_Provider *provider, int most)
+{
+    NSMutableArray *records = [NSMutableArray array];
+    @try {
+        for (int index = 0; index < most; index++)
+            [records addObject:[provider getRecentMailboxAtIndex:index]];
+    } @catch (NSException *exception) {
+    }
+    return records;
 }
 
 void LVFuzzFail(const char *what)

@@ -1,8 +1,8 @@
 /*
  * Programs that run the stand-in Mail for testing, measuring or fuzzing first point the
- * user's folders into a private one, so that the user's own preferences are never touched:
- * GNUstep finds the user's Library and defaults folders through its configuration, not HOME.
- * The files Lorvane reads there are named in MHUserLibrary.h.
+ * user's folders into a private one (MHMailSession does it for them), so that the user's own
+ * preferences are never touched: GNUstep finds the user's Library and defaults folders
+ * through its configuration, not HOME.
  */
 #import <Foundation/Foundation.h>
 

@@ -1,5 +1,6 @@
 /*
- * One line of a MailHost scenario, parsed and checked, not yet carried out.
+ * One line of a MailHost scenario, parsed and checked, not yet carried out. A command no
+ * action carries out is refused here, with its line, before any step runs.
  *
  * A line is a command and its arguments, separated by spaces; an argument holding spaces
  * is written in double quotes. A line that is empty or starts with "#" is a comment.
@@ -30,6 +31,7 @@
     NSString *_command;
     NSArray *_arguments;        // quotes removed
     BOOL _contextual;           // the optional word "contextual" came first
+    SEL _action;                // the MHUserActions method that carries it out
 }
 
 /* The step of a line. A comment or empty line gives nil and leaves *error nil; bad input
@@ -43,5 +45,7 @@
 /* The arguments after the command, without the word "contextual". */
 - (NSArray *)arguments;
 - (BOOL)isContextual;
+/* The method of MHUserActions that carries the step out; it takes the step. */
+- (SEL)action;
 
 @end

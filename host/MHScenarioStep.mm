@@ -1,11 +1,14 @@
 #import "MHScenarioStep.h"
+#import "MHUserActions.h"
 
 namespace {
 
-// What each command takes. contextualAt is where the word "contextual" may stand among
-// the arguments, or -1 when the command has no contextual form.
+// What each command takes and which of the user's actions carries it out. contextualAt is
+// where the word "contextual" may stand among the arguments, or -1 when the command has no
+// contextual form.
 struct CommandRule {
     const char *name;
+    SEL action;
     NSUInteger minArguments;
     NSUInteger maxArguments;
     int contextualAt;
@@ -13,21 +16,21 @@ struct CommandRule {
 };
 
 const CommandRule commandRules[] = {
-    { "select-mailbox", 1, 1, -1, "select-mailbox ACCOUNT/MAILBOX" },
-    { "select-messages", 1, NSUIntegerMax, -1, "select-messages all|none|INDEX..." },
-    { "move-to", 1, 1, 0, "move-to [contextual] ACCOUNT/MAILBOX" },
-    { "copy-to", 1, 1, 0, "copy-to [contextual] ACCOUNT/MAILBOX" },
-    { "show-menu", 1, 1, 0, "show-menu [contextual] MENU-TITLE" },
-    { "choose", 2, 2, 0, "choose [contextual] MENU-TITLE INDEX|ITEM-TITLE" },
-    { "rename-mailbox", 2, 2, -1, "rename-mailbox ACCOUNT/MAILBOX NEW-NAME" },
-    { "delete-mailbox", 1, 1, -1, "delete-mailbox ACCOUNT/MAILBOX" },
-    { "remove-account", 1, 1, -1, "remove-account ACCOUNT" },
-    { "add-account", 1, 2, -1, "add-account ACCOUNT [POP|IMAP]" },
-    { "list-messages", 1, 1, -1, "list-messages ACCOUNT/MAILBOX" },
-    { "list-alerts", 0, 0, -1, "list-alerts" },
-    { "new-viewer", 0, 0, -1, "new-viewer" },
-    { "screenshot", 1, 2, 1, "screenshot NAME [contextual] [MENU-TITLE]" },
-    { "quit", 0, 0, -1, "quit" },
+    { "select-mailbox", @selector(selectMailbox:), 1, 1, -1, "select-mailbox ACCOUNT/MAILBOX" },
+    { "select-messages", @selector(selectMessages:), 1, NSUIntegerMax, -1, "select-messages all|none|INDEX..." },
+    { "move-to", @selector(moveTo:), 1, 1, 0, "move-to [contextual] ACCOUNT/MAILBOX" },
+    { "copy-to", @selector(copyTo:), 1, 1, 0, "copy-to [contextual] ACCOUNT/MAILBOX" },
+    { "show-menu", @selector(showMenu:), 1, 1, 0, "show-menu [contextual] MENU-TITLE" },
+    { "choose", @selector(choose:), 2, 2, 0, "choose [contextual] MENU-TITLE INDEX|ITEM-TITLE" },
+    { "rename-mailbox", @selector(renameMailbox:), 2, 2, -1, "rename-mailbox ACCOUNT/MAILBOX NEW-NAME" },
+    { "delete-mailbox", @selector(deleteMailbox:), 1, 1, -1, "delete-mailbox ACCOUNT/MAILBOX" },
+    { "remove-account", @selector(removeAccount:), 1, 1, -1, "remove-account ACCOUNT" },
+    { "add-account", @selector(addAccount:), 1, 2, -1, "add-account ACCOUNT [POP|IMAP]" },
+    { "list-messages", @selector(listMessages:), 1, 1, -1, "list-messages ACCOUNT/MAILBOX" },
+    { "list-alerts", @selector(listAlerts:), 0, 0, -1, "list-alerts" },
+    { "new-viewer", @selector(newViewer:), 0, 0, -1, "new-viewer" },
+    { "screenshot", @selector(screenshot:), 1, 2, 1, "screenshot NAME [contextual] [MENU-TITLE]" },
+    { "quit", @selector(quit:), 0, 0, -1, "quit" },
 };
 
 const CommandRule *ruleForCommand(NSString *command)
@@ -162,6 +165,7 @@ BOOL isIndex(NSString *word)
         *problem = [NSString stringWithFormat:@"unknown command \"%@\"", _command];
         return self;
     }
+    _action = rule->action;
     if (rule->contextualAt >= 0 && [words count] > (NSUInteger)rule->contextualAt
         && [[words objectAtIndex:(NSUInteger)rule->contextualAt] isEqualToString:@"contextual"]) {
         _contextual = YES;
@@ -204,6 +208,11 @@ BOOL isIndex(NSString *word)
 - (BOOL)isContextual
 {
     return _contextual;
+}
+
+- (SEL)action
+{
+    return _action;
 }
 
 @end

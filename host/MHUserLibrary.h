@@ -1,15 +1,13 @@
 /*
- * The user's Library folder as GNUstep finds it, and the two files in it that Lorvane reads:
- * the system's recent-items list and Lorvane's own preferences. Tests, benchmarks and fuzzers
- * write and find those files through these helpers, after pointing the Library into a private
- * folder (MHPrivateFolders.h or their own set-up).
+ * The user's Library folder as GNUstep finds it, and the system's file in it that Mail's
+ * plug-ins may read: the recent-items list with its "Number of Recent Items". A plug-in's
+ * own files are its business: MHMailSession writes them where its caller names them.
  */
 #import <Foundation/Foundation.h>
 
-/* The Library folder of the user's domain, as the plug-in finds it. */
+/* The Library folder of the user's domain, as a plug-in finds it. */
 NSString *MHUserLibraryFolder(void);
-/* Lorvane's preferences file and the system's recent-items file in it. */
-NSString *MHPreferencesFilePath(void);
+/* The system's recent-items file in it. */
 NSString *MHRecentItemsFilePath(void);
 
 /* Writes the list as XML, or binary as a Mac writes the recent items, making the folder if

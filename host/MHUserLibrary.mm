@@ -5,11 +5,6 @@ NSString *MHUserLibraryFolder(void)
     return [NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES) firstObject];
 }
 
-NSString *MHPreferencesFilePath(void)
-{
-    return [MHUserLibraryFolder() stringByAppendingPathComponent:@"Preferences/org.lorvane.mailbundle.plist"];
-}
-
 NSString *MHRecentItemsFilePath(void)
 {
     return [MHUserLibraryFolder() stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"];

@@ -30,6 +30,11 @@
 /* Every installed *.mailbundle, then each extra path, loaded as Mail loads plug-ins.
    Answers the bundles that loaded. */
 - (NSArray *)loadMailBundlesWithExtraPaths:(NSArray *)extraPaths;
+/* One bundle (absolute path) loaded as Mail loads plug-ins; nil, with a log line, when it
+   does not load. */
+- (NSBundle *)loadMailBundleAtPath:(NSString *)path;
+/* Mail launched again in the same process: a fresh main menu, and a quit yet to come. */
+- (void)prepareToLaunchAgain;
 /* Finishes launching if needed and opens a new viewer window, in front. */
 - (MessageViewer *)openMessageViewer;
 - (NSArray *)messageViewers;

@@ -85,14 +85,27 @@
     MHPrepareMailClassesForPlugins();
     NSMutableArray *loaded = [NSMutableArray array];
     for (NSString *path in [MHInstalledMailBundlePaths() arrayByAddingObjectsFromArray:extraPaths]) {
-        NSBundle *bundle = MHLoadMailBundle(path);
-        if (bundle == nil) {
-            NSLog(@"MailHost could not load the bundle at %@", path);
-            continue;
-        }
-        [loaded addObject:bundle];
+        NSBundle *bundle = [self loadMailBundleAtPath:path];
+        if (bundle != nil)
+            [loaded addObject:bundle];
     }
     return loaded;
+}
+
+- (NSBundle *)loadMailBundleAtPath:(NSString *)path
+{
+    NSBundle *bundle = MHLoadMailBundle(path);
+    if (bundle == nil)
+        NSLog(@"MailHost could not load the bundle at %@", path);
+    return bundle;
+}
+
+- (void)prepareToLaunchAgain
+{
+    NSMenu *mainMenu = [MHMailMenus newMainMenu];
+    [self setMainMenu:mainMenu];
+    [mainMenu release];
+    _terminationAnnounced = NO;
 }
 
 - (MessageViewer *)openMessageViewer

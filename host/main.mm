@@ -3,9 +3,9 @@
  * window) and then either waits for a person or plays a scenario and exits.
  */
 #import "MailApp.h"
-#import "MHMailStore.h"
 #import "MHAlertRecorder.h"
 #import "MHLaunchOptions.h"
+#import "MHMailSession.h"
 #import "MHScenario.h"
 #import "MHSystemVersion.h"
 
@@ -30,19 +30,19 @@ static void removeTemporaryStore(void)
     [pool release];
 }
 
-static MHMailStore *openStore(MHLaunchOptions *options)
+static MHMailStore *openStore(MHMailSession *session, MHLaunchOptions *options)
 {
     if (![options copiesStore])
-        return [MHMailStore storeAtPath:[options storePath]];
+        return [session openStoreAtPath:[options storePath]];
     NSString *folder = [NSTemporaryDirectory() stringByAppendingPathComponent:[NSString stringWithFormat:@"MailHost-%d", getpid()]];
     strncpy(temporaryStoreFolder, [folder fileSystemRepresentation], sizeof temporaryStoreFolder - 1);
     atexit(removeTemporaryStore);
-    return [MHMailStore copyOfStoreAtPath:[options storePath] toPath:[folder stringByAppendingPathComponent:@"store"]];
+    return [session openCopyOfStoreAtPath:[options storePath] toPath:[folder stringByAppendingPathComponent:@"store"]];
 }
 
-static MHScenario *scenarioFor(MHLaunchOptions *options, MailApp *app, MHMailStore *store)
+static MHScenario *scenarioFor(MHLaunchOptions *options, MHMailSession *session)
 {
-    MHScenario *scenario = [[[MHScenario alloc] initWithApplication:app store:store] autorelease];
+    MHScenario *scenario = [[[MHScenario alloc] initWithApplication:[session application] store:[session store]] autorelease];
     [scenario setEchoesOutput:YES];
     [scenario setExitsOnQuit:YES];
     [scenario setScreenshotFolder:[options screenshotFolder]];
@@ -66,15 +66,18 @@ int main(int argc, const char **argv)
     // Nobody is at the screen to dismiss an alert during a scenario.
     MHSetRecordsAlerts([options scenarioPath] != nil);
 
-    MailApp *app = [MailApp sharedMailApp];
-    MHMailStore *store = openStore(options);
-    if (app == nil || store == nil)
+    // Mail in the user's own Library; a bundle that does not load is logged and skipped.
+    MHMailSession *session = [[[MHMailSession alloc] init] autorelease];
+    if (![session launchApplication] || openStore(session, options) == nil)
         return 1;
-    [app loadMailBundlesWithExtraPaths:[options bundlePaths]];
-    [app openMessageViewer];
+    for (NSString *path in [options bundlePaths])
+        [session addBundlePath:path];
+    [session prepareForPlugins];
+    [session loadPlugins];
+    [session openMessageViewer];
     if ([options scenarioPath] != nil)
-        [scenarioFor(options, app, store) performSelector:@selector(runScriptFileThenExit:) withObject:[options scenarioPath] afterDelay:0.0];
-    [app run];
+        [scenarioFor(options, session) performSelector:@selector(runScriptFileThenExit:) withObject:[options scenarioPath] afterDelay:0.0];
+    [[session application] run];
     [pool release];
     return 0;
 }

@@ -118,12 +118,12 @@ NSString *const WriteFailureLine = @"[Lorvane] error writing to preferences file
 
 NSString *preferencesFolder(void)
 {
-    return [MHPreferencesFilePath() stringByDeletingLastPathComponent];
+    return [LVPreferencesFilePath() stringByDeletingLastPathComponent];
 }
 
 NSString *keptCopyPath(void)
 {
-    return [MHPreferencesFilePath() stringByAppendingString:@".bak"];
+    return [LVPreferencesFilePath() stringByAppendingString:@".bak"];
 }
 
 // Lorvane's files in the Preferences folder, temporary ones included, by name.
@@ -171,7 +171,7 @@ NSString *minutesAgo(double minutes)
 
 NSArray *savedFullPaths(void)
 {
-    return [[LVReadPlist(MHPreferencesFilePath()) objectForKey:@"RecentMailboxes"] valueForKey:@"FullPath"];
+    return [[LVReadPlist(LVPreferencesFilePath()) objectForKey:@"RecentMailboxes"] valueForKey:@"FullPath"];
 }
 
 NSArray *sorted(NSArray *array)
@@ -383,13 +383,13 @@ TEST_F(File, TheWrittenFileIsXMLThatPythonReadsWithTheSavedKeysAndReadsBackToThe
 
     [writer writePreferences];
 
-    NSString *text = [NSString stringWithContentsOfFile:MHPreferencesFilePath() encoding:NSUTF8StringEncoding error:NULL];
+    NSString *text = [NSString stringWithContentsOfFile:LVPreferencesFilePath() encoding:NSUTF8StringEncoding error:NULL];
     EXPECT_TRUE([text hasPrefix:@"<?xml"]);
     // Typed as a Mac writes them: a boolean and an integer, not texts or reals.
     NSString *compact = [[text componentsSeparatedByCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]] componentsJoinedByString:@""];
     EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>ExcludeSpecialMailboxes</key><false/>"].location) << [text UTF8String];
     EXPECT_NE(NSNotFound, [compact rangeOfString:@"<key>SortType</key><integer>2</integer>"].location);
-    NSDictionary *python = LVPythonReadPlist(MHPreferencesFilePath());
+    NSDictionary *python = LVPythonReadPlist(LVPreferencesFilePath());
     EXPECT_NSEQ((@[ @"ExcludeSpecialMailboxes", @"RecentMailboxes", @"SortType" ]), sorted([python allKeys]));
     NSArray *records = [python objectForKey:@"RecentMailboxes"];
     ASSERT_EQ(5u, [records count]);
@@ -406,10 +406,10 @@ TEST_F(File, TheWrittenFileIsXMLThatPythonReadsWithTheSavedKeysAndReadsBackToThe
     }
     // Loading puts each record at the front: the file's order comes back reversed.
     NSArray *names = LVListedNames(writer), *counts = LVListedCounts(writer);
-    LorvaneBundle_Provider *reader = LVStartProvider(10, [NSData dataWithContentsOfFile:MHPreferencesFilePath()]);
+    LorvaneBundle_Provider *reader = LVStartProvider(10, [NSData dataWithContentsOfFile:LVPreferencesFilePath()]);
     EXPECT_EQ(2, [reader getSortType]);
     EXPECT_FALSE(excludes(reader));
-    reader = LVStartProvider(10, [NSData dataWithContentsOfFile:MHPreferencesFilePath()]);
+    reader = LVStartProvider(10, [NSData dataWithContentsOfFile:LVPreferencesFilePath()]);
     EXPECT_NSEQ([[names reverseObjectEnumerator] allObjects], LVListedNames(reader));
     EXPECT_NSEQ([[counts reverseObjectEnumerator] allObjects], LVListedCounts(reader));
 }
@@ -443,7 +443,7 @@ TEST_F(File, AFailedWriteLeavesTheOldFileWholeNoTemporaryFileAndOneLogLine)
 
         EXPECT_EQ(1, writeWithFault(provider, row.fault));
 
-        EXPECT_NSEQ(row.start, [NSData dataWithContentsOfFile:MHPreferencesFilePath()]);
+        EXPECT_NSEQ(row.start, [NSData dataWithContentsOfFile:LVPreferencesFilePath()]);
         EXPECT_NSEQ(row.filesAfter, lorvaneFiles());
         EXPECT_NSEQ(row.keptCopy, [NSData dataWithContentsOfFile:keptCopyPath()]);
         EXPECT_EQ(1u, LVLogCount(WriteFailureLine));
@@ -515,7 +515,7 @@ TEST_F(File, AFileThatDidNotReadIsKeptBesideTheNewOneAsTheUserHadIt)
 TEST_F(File, AFileReplacedWhileMailRunsGivesWayToTheListAndNothingElseIsWritten)
 {
     NSFileManager *fileManager = [NSFileManager defaultManager];
-    NSString *file = MHPreferencesFilePath();
+    NSString *file = LVPreferencesFilePath();
     NSString *elsewhere = [LVMakeTemporaryFolder(@"elsewhere") stringByAppendingPathComponent:@"shared.plist"];
     NSData *otherList = listing(@[ @"Family" ]);
     enum Replacement { Removed, AnotherList, AFolder, ALinkElsewhere };

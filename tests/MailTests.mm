@@ -220,10 +220,10 @@ TEST_F(Mail, DeletionsRenamesAndAccountsLeavingShowAtTheNextOpening)
 
 TEST_F(Mail, QuittingWritesTheListAndMailStillHandlesItsTermination)
 {
-    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesFilePath() error:NULL];
     [mail announceTermination];
     EXPECT_TRUE([[mail valueForKey:@"_terminationAnnounced"] boolValue]);
-    EXPECT_EQ([LVListedNames(provider) count], [[LVReadPlist(MHPreferencesFilePath()) objectForKey:@"RecentMailboxes"] count]);
+    EXPECT_EQ([LVListedNames(provider) count], [[LVReadPlist(LVPreferencesFilePath()) objectForKey:@"RecentMailboxes"] count]);
 }
 
 TEST_F(Mail, ChoosingAnItemMovesOrCopiesTheSelectionThereAndCountsAUse)
@@ -343,7 +343,7 @@ TEST(MailWithoutProvider, EveryPatchedMethodStillDoesWhatMailDoes)
     EXPECT_FALSE([[travel account] deleteMailbox:travel reflectToServer:YES]);
     [mail announceTermination];
     EXPECT_TRUE([[mail valueForKey:@"_terminationAnnounced"] boolValue]);
-    EXPECT_FALSE([[NSFileManager defaultManager] fileExistsAtPath:MHPreferencesFilePath()]);
+    EXPECT_FALSE([[NSFileManager defaultManager] fileExistsAtPath:LVPreferencesFilePath()]);
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"SWIZZLE Error - "));
 }
 

@@ -18,9 +18,9 @@ NSMenuItem *itemAfterSubmenu(NSMenu *submenu)
 
 BOOL writesPreferences(LorvaneBundle_Provider *provider)
 {
-    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesFilePath() error:NULL];
     [provider writePreferences];
-    return [[NSFileManager defaultManager] fileExistsAtPath:MHPreferencesFilePath()];
+    return [[NSFileManager defaultManager] fileExistsAtPath:LVPreferencesFilePath()];
 }
 
 // Mail with two POP accounts, Home and Work, and a provider whose limit is ten.

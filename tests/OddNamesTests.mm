@@ -182,17 +182,15 @@ TEST_F(OddNames, ComeBackFromThePreferencesFileAtTheNextStartWithTheirCountsAndO
     NSMutableArray *fullPaths = [NSMutableArray array];
     for (NSUInteger i = 0; i < names.size(); i++)
         [fullPaths addObject:[[provider getRecentMailboxUidAtIndex:(int)i] fullPath]];
-    [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
+    [[NSFileManager defaultManager] removeItemAtPath:LVPreferencesFilePath() error:NULL];
 
-    [mail announceTermination];
+    // Mail quits, writing the file, and starts again in the same store.
+    LorvaneBundle_Provider *restarted = LVRelaunch();
 
     // What any other property-list reader finds in the file.
-    NSDictionary *python = LVPythonReadPlist(MHPreferencesFilePath());
+    NSDictionary *python = LVPythonReadPlist(LVPreferencesFilePath());
     ASSERT_TRUE([python isKindOfClass:[NSDictionary class]]);
     EXPECT_NSEQ(fullPaths, [[python objectForKey:@"RecentMailboxes"] valueForKey:@"FullPath"]);
-
-    // Mail starts again in the same store and makes the plug-in's object anew.
-    LorvaneBundle_Provider *restarted = LVStartProvider(30, [NSData dataWithContentsOfFile:MHPreferencesFilePath()]);
     ASSERT_NE(provider, restarted);
     LVOpenRecentMenu([restarted moveToRecentSubmenu]);
     EXPECT_NSEQ(titles, LVTitlesAboveSeparator([restarted moveToRecentSubmenu]));

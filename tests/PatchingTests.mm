@@ -497,8 +497,6 @@ protected:
     {
         if (NSClassFromString(@"LorvaneBundle_Provider") != Nil)
             GTEST_SKIP() << "loads the plug-in itself: run it in a process of its own";
-        MHSetRecordsAlerts(YES);
-        [MailApp sharedMailApp];
         MHSetSystemVersion(systemVersion);
         MHSetGestaltStatus(gestaltStatus);
         Method registerBundle = class_getClassMethod([MVMailBundle class], @selector(registerBundle));

@@ -205,7 +205,7 @@ protected:
     void endDay()
     {
         [mail applicationWillTerminate:nil];
-        NSData *data = [NSData dataWithContentsOfFile:MHPreferencesFilePath()];
+        NSData *data = [NSData dataWithContentsOfFile:LVPreferencesFilePath()];
         id written = data != nil ? [NSPropertyListSerialization propertyListWithData:data options:0 format:NULL error:NULL] : nil;
         EXPECT_TRUE([[oracle savedPreferences] isEqual:written]) << where << ": wrote " << text([written description]) << "\nwanted "
                                                                  << text([[oracle savedPreferences] description]);

@@ -36,8 +36,9 @@ for entry in $targets; do
     mkdir -p "$work/$name" "$artifacts"
     echo "Fuzzing $name ($length, from $from; log: $log)"
     started=$(date +%s)
+    # Mail starts with its application and menus, so each target runs on a virtual display.
     # shellcheck disable=SC2086 # the limits and folders are separate arguments
-    "$program" $limits $length -print_final_stats=1 -dict="$dictionary" -artifact_prefix="$artifacts/" $folders >"$log" 2>&1
+    "$(dirname "$0")/xvfb-run.sh" "$program" $limits $length -print_final_stats=1 -dict="$dictionary" -artifact_prefix="$artifacts/" $folders >"$log" 2>&1
     result=$?
     elapsed=$(( $(date +%s) - started ))
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")

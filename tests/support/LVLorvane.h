@@ -13,7 +13,7 @@
 #import "LorvaneMailbox.h"
 #import "MHAlertRecorder.h"
 #import "MHMailMenus.h"
-#import "MHPrivateFolders.h"
+#import "MHMailSession.h"
 #import "MHUserLibrary.h"
 #import "MailApp.h"
 #import "IMAPAccount.h"
@@ -36,6 +36,12 @@ NSArray *LVLoggedLines(void);
 void LVClearLog(void);
 NSUInteger LVLogCount(NSString *line);
 NSUInteger LVLogCountWithPrefix(NSString *prefix);
+
+/* The process's Mail: a private Library, the built bundle to load, the store in use. */
+MHMailSession *LVMailSession(void);
+/* Lorvane's preferences file in the private Library. */
+extern NSString *const LVPreferencesFileName;
+NSString *LVPreferencesFilePath(void);
 
 /* Loads the built bundle once per process, as Mail loads plug-ins; YES when it loaded. */
 BOOL LVLoadPluginBundle(void);
@@ -76,6 +82,8 @@ protected:
 /* A fresh main menu, the limit, the preferences file (a property list written as XML, the
    file's bytes as NSData, none when nil), then the provider. */
 LorvaneBundle_Provider *LVStartProvider(int limit, id preferences);
+/* Mail quits (the plug-in writes its file) and starts again on the same Library and store. */
+LorvaneBundle_Provider *LVRelaunch(void);
 /* A saved record of the preferences file; a nil date is left out. */
 NSDictionary *LVSavedRecord(MailboxUid *mailbox, int accesses, NSString *date);
 NSDictionary *LVPreferences(int sortType, BOOL excludeSpecialMailboxes, NSArray *savedRecords);

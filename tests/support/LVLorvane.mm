@@ -1,5 +1,4 @@
 #import "LVLorvane.h"
-#import "MHBundleLoader.h"
 #import "MHSystemVersion.h"
 #import "MVMailBundle.h"
 
@@ -9,8 +8,10 @@
 #include <unistd.h>
 
 const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
+NSString *const LVPreferencesFileName = @"org.lorvane.mailbundle.plist";
 
 static NSString *temporaryRoot;
+static MHMailSession *session;
 static NSMutableArray *loggedLines;
 static MHMailStore *sampleStore;
 
@@ -27,27 +28,9 @@ static void collectLogLine(NSString *message)
     [loggedLines addObject:text];
 }
 
-// A private Library for this process, and a configuration file naming it for the Mail
-// processes a test starts: GNUstep reads that file only when a process starts.
-static void redirectUserFolders(void)
-{
-    char pattern[] = "/tmp/lorvane-test-XXXXXX";
-    temporaryRoot = [[NSString alloc] initWithUTF8String:mkdtemp(pattern)];
-    NSString *library = MHUsePrivateUserFolders(temporaryRoot);
-    NSString *system = [NSString stringWithContentsOfFile:@"/etc/GNUstep/GNUstep.conf" encoding:NSUTF8StringEncoding error:NULL];
-    NSString *conf = [NSString stringWithFormat:@"%@\nGNUSTEP_USER_DIR_LIBRARY=%@\nGNUSTEP_USER_DEFAULTS_DIR=%@\n", system ?: @"", library,
-                                                [temporaryRoot stringByAppendingPathComponent:@"Defaults"]];
-    NSString *confPath = [temporaryRoot stringByAppendingPathComponent:@"GNUstep.conf"];
-    [conf writeToFile:confPath atomically:YES encoding:NSUTF8StringEncoding error:NULL];
-    setenv("GNUSTEP_CONFIG_FILE", [confPath fileSystemRepresentation], 1);
-}
-
 NSString *LVMakeTemporaryFolder(NSString *name)
 {
-    NSString *path = [temporaryRoot stringByAppendingPathComponent:name];
-    [[NSFileManager defaultManager] removeItemAtPath:path error:NULL];
-    [[NSFileManager defaultManager] createDirectoryAtPath:path withIntermediateDirectories:YES attributes:nil error:NULL];
-    return path;
+    return [session makeFolderNamed:name];
 }
 
 NSArray *LVLoggedLines(void)
@@ -76,20 +59,28 @@ NSUInteger LVLogCountWithPrefix(NSString *prefix)
     return count;
 }
 
-// Mail has its application object, messages its classes and shows no alert to a test before
-// any plug-in loads. Mail's own instance of the plug-in needs a usable limit, or its failure
-// would leave every later provider inert.
+MHMailSession *LVMailSession(void)
+{
+    return session;
+}
+
+NSString *LVPreferencesFilePath(void)
+{
+    return [[session preferencesFolder] stringByAppendingPathComponent:LVPreferencesFileName];
+}
+
+// Mail's own instance of the plug-in needs a usable limit, or its failure would leave every
+// later provider inert.
 BOOL LVLoadPluginBundle(void)
 {
-    static NSBundle *bundle;
-    if (bundle == nil) {
-        MHSetRecordsAlerts(YES);
-        [MailApp sharedMailApp];
-        MHSetRecentItemsLimit(10);
-        MHPrepareMailClassesForPlugins();
-        bundle = [MHLoadMailBundle(@LORVANE_BUNDLE_PATH) retain];
+    static BOOL started, loaded;
+    if (!started) {
+        started = YES;
+        [session setRecentItemsLimit:10];
+        [session addBundlePath:@LORVANE_BUNDLE_PATH];
+        loaded = [session start];
     }
-    return bundle != nil;
+    return loaded;
 }
 
 Class LVPluginClass(const char *name)
@@ -107,14 +98,14 @@ MailApp *LVStartMail(void)
         LVClearLog();
         started = YES;
     }
-    return [MailApp sharedMailApp];
+    return [session application];
 }
 
 MHMailStore *LVSampleStore(void)
 {
     if (sampleStore == nil) {
         NSString *source = [@LORVANE_SOURCE_DIR stringByAppendingPathComponent:@"samples/store"];
-        sampleStore = [[MHMailStore copyOfStoreAtPath:source toPath:LVMakeTemporaryFolder(@"store")] retain];
+        sampleStore = [[session openCopyOfStoreAtPath:source toPath:LVMakeTemporaryFolder(@"store")] retain];
     }
     [MailAccount setActiveAccounts:[sampleStore accounts]];
     return sampleStore;
@@ -129,18 +120,12 @@ MailboxUid *LVSampleMailbox(NSString *accountAndPath)
 
 MHMailStore *LVMakeStore(NSString *name)
 {
-    MHMailStore *store = [MHMailStore storeAtPath:LVMakeTemporaryFolder(name)];
-    [MailAccount setActiveAccounts:[store accounts]];
-    return store;
+    return [session openStoreAtPath:LVMakeTemporaryFolder(name)];
 }
 
 MailAccount *LVMemoryAccount(NSString *name, NSArray *relativePaths)
 {
-    MailAccount *account = [[[MailAccount alloc] initWithDisplayName:name path:nil] autorelease];
-    for (NSString *path in relativePaths)
-        [account createMailboxWithRelativePath:path];
-    [MailAccount setActiveAccounts:[[MailAccount activeAccounts] arrayByAddingObject:account]];
-    return account;
+    return [session addAccountInMemoryNamed:name type:nil serverPathPrefix:nil mailboxes:relativePaths];
 }
 
 #pragma mark Lorvane
@@ -148,18 +133,14 @@ MailAccount *LVMemoryAccount(NSString *name, NSArray *relativePaths)
 LorvaneBundle_Provider *LVStartProvider(int limit, id preferences)
 {
     LVStartMail();
-    NSMenu *mainMenu = [MHMailMenus newMainMenu];
-    [NSApp setMainMenu:mainMenu];
-    [mainMenu release];
-    MHSetRecentItemsLimit(limit);
-    if ([preferences isKindOfClass:[NSData class]])
-        [(NSData *)preferences writeToFile:MHPreferencesFilePath() atomically:YES];
-    else if (preferences != nil)
-        MHWritePropertyList(preferences, MHPreferencesFilePath(), NO);
-    else
-        [[NSFileManager defaultManager] removeItemAtPath:MHPreferencesFilePath() error:NULL];
-    // Never released: the plug-in's object lives as long as Mail.
-    return [[LVPluginClass("LorvaneBundle_Provider") alloc] init];
+    [session setRecentItemsLimit:limit];
+    [session writePreferencesFileNamed:LVPreferencesFileName contents:preferences];
+    return [session startPluginAgain];
+}
+
+LorvaneBundle_Provider *LVRelaunch(void)
+{
+    return [session relaunch];
 }
 
 NSDictionary *LVSavedRecord(MailboxUid *mailbox, int accesses, NSString *date)
@@ -380,7 +361,9 @@ int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    redirectUserFolders();
+    char pattern[] = "/tmp/lorvane-test-XXXXXX";
+    temporaryRoot = [[NSString alloc] initWithUTF8String:mkdtemp(pattern)];
+    session = [[MHMailSession alloc] initWithPrivateFolder:temporaryRoot];
     loggedLines = [[NSMutableArray alloc] init];
     _NSLog_printf_handler = collectLogLine;
     NSSetUncaughtExceptionHandler(failOnUncaughtException);
