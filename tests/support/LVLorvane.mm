@@ -8,8 +8,6 @@
 #include <cstdlib>
 #include <unistd.h>
 
-const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
-
 static NSString *temporaryRoot;
 static NSMutableArray *loggedLines;
 static MHMailStore *sampleStore;
@@ -205,14 +203,6 @@ NSArray *LVListedCounts(LorvaneBundle_Provider *provider)
 }
 
 #pragma mark Menus
-
-NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider)
-{
-    return @[
-        [provider moveToRecentSubmenu], [provider copyToRecentSubmenu], [provider goToRecentSubmenu], [provider moveToRecentContextualSubmenu],
-        [provider copyToRecentContextualSubmenu]
-    ];
-}
 
 void LVOpenRecentMenu(NSMenu *submenu)
 {
