@@ -17,6 +17,15 @@
    menus), holding the given limit and an empty list. Stops the process when Mail cannot start. */
 LorvaneBundle_Provider *LVFuzzStartMail(int limit);
 
+/* Mail as a user runs it: the application with Mail's main menu, alerts recorded instead of
+   shown, the plug-in loaded as Mail loads it, then a provider started by -init as Mail starts
+   one, with this recent-items limit and no preferences file. Stops the process when Mail
+   cannot start; needs a display. Moves to a shared start-up once tests and fuzzers have one. */
+LorvaneBundle_Provider *LVFuzzStartMailApplication(int limit);
+
+/* A folder of that name under the process's private folder, made if missing. */
+NSString *LVFuzzTemporaryFolder(NSString *name);
+
 /* Lorvane's preferences file, or the system's recent-items file, holding exactly these bytes. */
 void LVFuzzWritePreferencesFile(const uint8_t *bytes, size_t length);
 void LVFuzzWriteRecentItemsFile(const uint8_t *bytes, size_t length);

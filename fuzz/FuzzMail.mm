@@ -1,15 +1,19 @@
 #import "FuzzMail.h"
 #import "IMAPAccount.h"
 #import "MailAccount.h"
+#import "MailApp.h"
+#import "MHAlertRecorder.h"
+#import "MHBundleLoader.h"
+#import "MHMailMenus.h"
 #import "MHPrivateFolders.h"
 #import "MHUserLibrary.h"
-#import "MHBundleLoader.h"
 #import "PropertyListReader.h"
 
 #include <objc/runtime.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 // Leak reports would be GNUstep's own caches; the small quarantine keeps the process's
 // memory close to what the plug-in really holds, so -rss_limit_mb can stay tight.
@@ -19,7 +23,7 @@ extern "C" const char *__asan_default_options(void)
 }
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
-static char temporaryRoot[] = "/tmp/lorvane-fuzz-XXXXXX";
+static char temporaryRoot[] = "/dev/shm/lorvane-fuzz-XXXXXX";
 static NSString *preferencesFile;  // the two files the targets write, found once
 static NSString *recentItemsFile;
 static NSMutableArray *loggedLines;
@@ -61,7 +65,17 @@ static void removeTemporaryRoot(void)
 // GNUstep finds the user's Library folder through its configuration, not HOME.
 static void redirectUserFolders(void)
 {
-    NSString *root = [NSString stringWithUTF8String:mkdtemp(temporaryRoot)];
+    // In memory where the machine offers it: on a disk, rewriting the same small file costs
+    // milliseconds (the file system flushes a file truncated and written again), more than a
+    // whole input.
+    if (mkdtemp(temporaryRoot) == NULL) {
+        strcpy(temporaryRoot, "/tmp/lorvane-fuzz-XXXXXX");
+        if (mkdtemp(temporaryRoot) == NULL) {
+            perror("mkdtemp");
+            exit(2);
+        }
+    }
+    NSString *root = [NSString stringWithUTF8String:temporaryRoot];
     atexit(removeTemporaryRoot);
     MHUsePrivateUserFolders(root);
     preferencesFile = [MHPreferencesFilePath() retain];
@@ -92,12 +106,19 @@ static void openStore(void)
     mailboxes = [all copy];
 }
 
-LorvaneBundle_Provider *LVFuzzStartMail(int limit)
+// What every target's process needs before Mail starts: a pool for what lives as long as
+// Mail, the log collected, and private user folders.
+static void prepareProcess(void)
 {
     processPool = [[NSAutoreleasePool alloc] init];
     loggedLines = [[NSMutableArray alloc] init];
     _NSLog_printf_handler = collectLogLine;
     redirectUserFolders();
+}
+
+LorvaneBundle_Provider *LVFuzzStartMail(int limit)
+{
+    prepareProcess();
     // A running Mail has messaged its classes long before it loads a plug-in.
     MHPrepareMailClassesForPlugins();
     if (![[NSBundle bundleWithPath:@LORVANE_FUZZ_BUNDLE_PATH] load]) {
@@ -113,6 +134,45 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
     [provider setValue:[NSNumber numberWithInt:limit] forKey:@"_maxMailboxes"];
     LVFuzzForget();
     return provider;
+}
+
+// An uncaught exception would open GNUstep's modal panel and hang a run nobody watches.
+static void failOnUncaughtException(NSException *exception)
+{
+    fprintf(stderr, "Uncaught exception %s: %s\n", [[exception name] UTF8String], [[exception reason] UTF8String]);
+    abort();
+}
+
+LorvaneBundle_Provider *LVFuzzStartMailApplication(int limit)
+{
+    prepareProcess();
+    NSSetUncaughtExceptionHandler(failOnUncaughtException);
+    MHSetRecordsAlerts(YES);
+    [MailApp sharedMailApp];
+    // Mail's own instance of the plug-in, made as the bundle loads, needs a usable limit.
+    MHSetRecentItemsLimit(1);
+    MHPrepareMailClassesForPlugins();
+    if (MHLoadMailBundle(@LORVANE_FUZZ_BUNDLE_PATH) == nil) {
+        fprintf(stderr, "cannot load %s\n", LORVANE_FUZZ_BUNDLE_PATH);
+        exit(2);
+    }
+    NSMenu *mainMenu = [MHMailMenus newMainMenu];
+    [NSApp setMainMenu:mainMenu];
+    [mainMenu release];
+    MHSetRecentItemsLimit(limit);
+    [[NSFileManager defaultManager] removeItemAtPath:preferencesFile error:NULL];
+    // Never released: the plug-in's provider lives as long as Mail does.
+    LorvaneBundle_Provider *provider = [[NSClassFromString(@"LorvaneBundle_Provider") alloc] init];
+    LVFuzzForget();
+    MHClearRecordedAlerts();
+    return provider;
+}
+
+NSString *LVFuzzTemporaryFolder(NSString *name)
+{
+    NSString *path = [[NSString stringWithUTF8String:temporaryRoot] stringByAppendingPathComponent:name];
+    [[NSFileManager defaultManager] createDirectoryAtPath:path withIntermediateDirectories:YES attributes:nil error:NULL];
+    return path;
 }
 
 static void writeFile(NSString *path, const uint8_t *bytes, size_t length)
