@@ -3,6 +3,7 @@
 
 #include <objc/runtime.h>
 
+#include <cstdio>
 #include <sstream>
 
 const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
@@ -66,10 +67,29 @@ std::string LVText(NSString *string)
     return string != nil ? [string UTF8String] : "(nil)";
 }
 
+// Texts that differ only in spelling ("é" as one character or two) must look different.
+static std::string spelled(NSString *string)
+{
+    if (string == nil)
+        return "(nil)";
+    std::string text;
+    for (NSUInteger i = 0; i < [string length]; i++) {
+        unichar c = [string characterAtIndex:i];
+        if (c >= 0x20 && c < 0x7F) {
+            text += (char)c;
+        } else {
+            char escaped[8];
+            snprintf(escaped, sizeof escaped, "\\u%04X", c);
+            text += escaped;
+        }
+    }
+    return text;
+}
+
 static std::string describe(id<LVMailboxUid> uid, int accesses, NSDate *date)
 {
     std::ostringstream out;
-    out << LVText([uid fullPath]) << " (" << (void *)uid << ") x" << accesses << " @" << LVText([date description]);
+    out << spelled([uid fullPath]) << " (" << (void *)uid << ") x" << accesses << " @" << LVText([date description]);
     return out.str();
 }
 
@@ -88,9 +108,34 @@ static std::string listedEntries(LorvaneBundle_Provider *provider, NSUInteger wa
     return entries;
 }
 
+static bool sameEntries(LorvaneBundle_Provider *provider, NSArray *expected)
+{
+    for (NSUInteger index = 0; index < [expected count]; index++) {
+        LVLiteralRecord *wanted = [expected objectAtIndex:index];
+        LorvaneMailbox *record = nil;
+        @try {
+            record = [provider getRecentMailboxAtIndex:(int)index];
+        } @catch (NSException *exception) {
+            return false;
+        }
+        bool sameDate = [record date] == wanted->date || [[record date] isEqualToDate:wanted->date];
+        if ((id)[record uid] != wanted->uid || [record accesses] != wanted->accesses || !sameDate)
+            return false;
+    }
+    @try {
+        [provider getRecentMailboxAtIndex:(int)[expected count]];
+    } @catch (NSException *exception) {
+        return [[exception name] isEqualToString:NSRangeException];
+    }
+    return false;
+}
+
+// Both lists are written out only when they differ: describing a date costs more than comparing.
 std::string LVListDifference(LorvaneBundle_Provider *provider, LVLiteralLorvane *plain)
 {
     NSArray *expected = [plain records];
+    if (sameEntries(provider, expected))
+        return "";
     std::string wanted;
     for (LVLiteralRecord *record in expected)
         wanted += "  " + describe(record->uid, record->accesses, record->date) + "\n";
@@ -101,7 +146,7 @@ std::string LVListDifference(LorvaneBundle_Provider *provider, LVLiteralLorvane 
 
 static std::string shownRow(NSString *title, NSString *toolTip, NSImage *icon)
 {
-    return LVText(title) + " | " + LVText(toolTip) + " | " + LVText([icon name] ?: [NSString stringWithFormat:@"%p", icon]) + "\n";
+    return spelled(title) + " | " + spelled(toolTip) + " | " + LVText([icon name] ?: [NSString stringWithFormat:@"%p", icon]) + "\n";
 }
 
 std::string LVMenusDifference(LorvaneBundle_Provider *provider, LVLiteralLorvane *plain)
@@ -117,7 +162,7 @@ std::string LVMenusDifference(LorvaneBundle_Provider *provider, LVLiteralLorvane
             if ([item isSeparatorItem])
                 shown += "---\n";
             else if (sel_isEqual([item action], @selector(clearRecentMenus:)))
-                shown += LVText([item title]) + ([item isEnabled] ? " enabled\n" : " disabled\n");
+                shown += spelled([item title]) + ([item isEnabled] ? " enabled\n" : " disabled\n");
             else
                 shown += shownRow([item title], [item toolTip], [item image]);
         }
