@@ -19,6 +19,12 @@
    start. */
 LorvaneBundle_Provider *LVFuzzStartMail(int limit);
 
+/* Where the plug-in's preferences file is kept. */
+NSString *LVFuzzPreferencesFilePath(void);
+
+/* A folder of that name under the process's private folder, made if missing. */
+NSString *LVFuzzTemporaryFolder(NSString *name);
+
 /* Lorvane's preferences file, or the system's recent-items file, holding exactly these bytes. */
 void LVFuzzWritePreferencesFile(const uint8_t *bytes, size_t length);
 void LVFuzzWriteRecentItemsFile(const uint8_t *bytes, size_t length);

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 // Leak reports would be GNUstep's own caches; the small quarantine keeps the process's
 // memory close to what the plug-in really holds, so -rss_limit_mb can stay tight.
@@ -17,7 +18,9 @@ extern "C" const char *__asan_default_options(void)
 }
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
-static char temporaryRoot[] = "/tmp/lorvane-fuzz-XXXXXX";
+// In memory where the machine offers it: on a disk, rewriting the same small file costs
+// milliseconds (the file system flushes a file truncated and written again), more than an input.
+static char temporaryRoot[] = "/dev/shm/lorvane-fuzz-XXXXXX";
 static NSString *preferencesFile;  // the two files the targets write, named once
 static NSString *recentItemsFile;
 static NSMutableArray *loggedLines;
@@ -74,7 +77,14 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
     processPool = [[NSAutoreleasePool alloc] init];
     loggedLines = [[NSMutableArray alloc] init];
     _NSLog_printf_handler = collectLogLine;
-    MHMailSession *mail = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:mkdtemp(temporaryRoot)]];
+    if (mkdtemp(temporaryRoot) == NULL) {
+        strcpy(temporaryRoot, "/tmp/lorvane-fuzz-XXXXXX");
+        if (mkdtemp(temporaryRoot) == NULL) {
+            perror("mkdtemp");
+            exit(2);
+        }
+    }
+    MHMailSession *mail = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:temporaryRoot]];
     atexit(removeTemporaryRoot);
     preferencesFile = [[mail writePreferencesFileNamed:@"org.lorvane.mailbundle.plist" contents:nil] retain];
     recentItemsFile = [MHRecentItemsFilePath() retain];
@@ -90,6 +100,18 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
     countRaisedExceptions();
     LVFuzzForget();
     return provider;
+}
+
+NSString *LVFuzzPreferencesFilePath(void)
+{
+    return preferencesFile;
+}
+
+NSString *LVFuzzTemporaryFolder(NSString *name)
+{
+    NSString *path = [[NSString stringWithUTF8String:temporaryRoot] stringByAppendingPathComponent:name];
+    [[NSFileManager defaultManager] createDirectoryAtPath:path withIntermediateDirectories:YES attributes:nil error:NULL];
+    return path;
 }
 
 static void writeFile(NSString *path, const uint8_t *bytes, size_t length)

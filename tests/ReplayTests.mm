@@ -16,15 +16,13 @@
  * LORVANE_REPLAY_DAYS and LORVANE_REPLAY_STEPS set the size (default 3 days of 400 steps per
  * setting), LORVANE_REPLAY_SEED the seed; every failure names the seed, day and step.
  */
+#import "LVDayComparison.h"
 #import "LVLiteralSteps.h"
 #import "LVLorvane.h"
 #import "MailboxesController.h"
 
-#include <objc/runtime.h>
-
 #include <cstdlib>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -50,20 +48,6 @@ unsigned long environmentNumber(const char *name, unsigned long fallback)
     return text != NULL && *text != '\0' ? strtoul(text, NULL, 10) : fallback;
 }
 
-// Every +[NSDate date] of the day reads this clock.
-NSTimeInterval replayNow = 780000000.0;
-
-id replayDate(id self, SEL _cmd)
-{
-    (void)_cmd;
-    return [self dateWithTimeIntervalSinceReferenceDate:replayNow];
-}
-
-std::string text(NSString *string)
-{
-    return string != nil ? [string UTF8String] : "(nil)";
-}
-
 struct ReplaySettings {
     const char *name;
     int sortTypeInFile;    // 3 and -1 read as 0
@@ -83,7 +67,6 @@ protected:
     LorvaneBundle_Provider *provider = nil;
     LVLiteralLorvane *oracle = nil;
     std::mt19937 random;
-    IMP originalDate = NULL;
     std::string where;
 
     void SetUp() override
@@ -91,12 +74,12 @@ protected:
         mail = LVStartMail();
         store = LVSampleStore();
         viewer = [mail openMessageViewer];
-        originalDate = method_setImplementation(class_getClassMethod([NSDate class], @selector(date)), (IMP)replayDate);
+        LVStartDayClock(780000000.0);
     }
 
     void TearDown() override
     {
-        method_setImplementation(class_getClassMethod([NSDate class], @selector(date)), originalDate);
+        LVStopDayClock();
         [oracle release];
     }
 
@@ -150,7 +133,7 @@ protected:
         [saved setObject:chance(0.05) ? @"/nowhere/at/all" : [mailbox fullPath] forKey:@"FullPath"];
         if (!chance(0.1))
             [saved setObject:@(1 + (int)below(6)) forKey:@"Accesses"];
-        NSString *date = savedDate(replayNow - 60.0 * (double)below(4));
+        NSString *date = savedDate(LVDayClockNow() - 60.0 * (double)below(4));
         double kind = std::uniform_real_distribution<double>(0, 1)(random);
         if (kind < 0.75)
             [saved setObject:date forKey:@"Date"];
@@ -165,11 +148,7 @@ protected:
     NSString *savedDate(NSTimeInterval when)
     {
         static const int offsets[] = { 0, 0, 0, 330, -480, 60, -30 };
-        int minutes = offsets[below(sizeof offsets / sizeof offsets[0])];
-        NSTimeZone *zone = [NSTimeZone timeZoneForSecondsFromGMT:minutes * 60];
-        NSCalendarDate *date = [NSCalendarDate dateWithTimeIntervalSinceReferenceDate:when];
-        [date setTimeZone:zone];
-        return [date descriptionWithCalendarFormat:@"%Y-%m-%d %H:%M:%S %z"];
+        return LVSavedDateText(when, offsets[below(sizeof offsets / sizeof offsets[0])]);
     }
 
     NSDictionary *preferencesFile(int sortType)
@@ -207,8 +186,7 @@ protected:
         [mail applicationWillTerminate:nil];
         NSData *data = [NSData dataWithContentsOfFile:LVPreferencesFilePath()];
         id written = data != nil ? [NSPropertyListSerialization propertyListWithData:data options:0 format:NULL error:NULL] : nil;
-        EXPECT_TRUE([[oracle savedPreferences] isEqual:written]) << where << ": wrote " << text([written description]) << "\nwanted "
-                                                                 << text([[oracle savedPreferences] description]);
+        EXPECT_EQ("", LVSavedFileDifference(written, oracle)) << where;
     }
 
     /* ---- Steps ---- */
@@ -381,65 +359,14 @@ protected:
     void tickClock()
     {
         static const double steps[] = { 0, 0, 1, 1, 1, 0.25, 60, 3600, -1, -30 };
-        replayNow += steps[below(sizeof steps / sizeof steps[0])];
+        LVAdvanceDayClock(steps[below(sizeof steps / sizeof steps[0])]);
     }
 
     /* ---- Comparisons ---- */
 
-    std::string describe(id record)
-    {
-        std::ostringstream out;
-        LorvaneMailbox *plugin = record;
-        out << text([[plugin uid] fullPath]) << " x" << [plugin accesses] << " @" << text([[plugin date] description]);
-        return out.str();
-    }
+    void expectSameList() { EXPECT_EQ("", LVListDifference(provider, oracle)) << where; }
 
-    void expectSameList()
-    {
-        NSArray *expected = [oracle records];
-        for (NSUInteger index = 0; index < [expected count]; index++) {
-            LVLiteralRecord *wanted = [expected objectAtIndex:index];
-            LorvaneMailbox *record = [provider getRecentMailboxAtIndex:(int)index];
-            bool sameDate = [record date] == wanted->date || [[record date] isEqualToDate:wanted->date];
-            if ([record uid] != wanted->uid || [record accesses] != wanted->accesses || !sameDate) {
-                ADD_FAILURE() << where << ": entry " << index << " is " << describe(record) << ", wanted "
-                              << text([wanted->uid fullPath]) << " x" << wanted->accesses << " @" << text([wanted->date description]);
-                return;
-            }
-        }
-        @try {
-            [provider getRecentMailboxAtIndex:(int)[expected count]];
-            ADD_FAILURE() << where << ": the list holds more than " << [expected count] << " entries";
-        } @catch (NSException *exception) {
-            EXPECT_NSEQ(NSRangeException, [exception name]) << where;
-        }
-    }
-
-    std::string shownRow(NSString *title, NSString *toolTip, NSImage *icon)
-    {
-        return text(title) + " | " + text(toolTip) + " | " + text([icon name] ?: [NSString stringWithFormat:@"%p", icon]) + "\n";
-    }
-
-    void expectSameMenus()
-    {
-        std::string wanted;
-        for (LVLiteralRow *row in [oracle rows])
-            wanted += shownRow(row->title, row->toolTip, row->icon);
-        wanted += std::string("---\nClear Menu ") + ([oracle clearItemsEnabled] ? "enabled" : "disabled") + "\n";
-        NSArray *submenus = LVRecentSubmenus(provider);
-        for (NSUInteger family = 0; family < [submenus count]; family++) {
-            std::string shown;
-            for (NSMenuItem *item in [[submenus objectAtIndex:family] itemArray]) {
-                if ([item isSeparatorItem])
-                    shown += "---\n";
-                else if (sel_isEqual([item action], @selector(clearRecentMenus:)))
-                    shown += text([item title]) + ([item isEnabled] ? " enabled\n" : " disabled\n");
-                else
-                    shown += shownRow([item title], [item toolTip], [item image]);
-            }
-            EXPECT_EQ(wanted, shown) << where << ", " << LVFamilyNames[family];
-        }
-    }
+    void expectSameMenus() { EXPECT_EQ("", LVMenusDifference(provider, oracle)) << where; }
 
     /* ---- The days ---- */
 
@@ -476,7 +403,7 @@ protected:
         (this->*step.run)();
         [pool release];
         expectSameList();
-        EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane")) << where << ": " << text([LVLoggedLines() description]);
+        EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane")) << where << ": " << LVText([LVLoggedLines() description]);
         LVClearLog();
     }
 };

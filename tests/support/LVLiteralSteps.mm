@@ -93,6 +93,13 @@ NSComparisonResult compareForEviction(int sortType, LVLiteralRecord *record, LVL
     return sortType == LVLiteralSortByAccesses ? [record mostUsedFirst:other] : [record newestFirst:other];
 }
 
+// Exactly equal, as a Mac compares strings: GNUstep's -isEqualToString: also calls an "é"
+// written as one character equal to one written as two.
+BOOL sameSpelling(NSString *a, NSString *b)
+{
+    return a != nil && [a compare:b options:NSLiteralSearch] == NSOrderedSame && [a length] == [b length];
+}
+
 // A value answering the conversion is taken at its word; anything else counts as missing.
 id answering(id dictionary, NSString *key, SEL conversion)
 {
@@ -208,7 +215,7 @@ LVLiteralRow *rowFor(LVLiteralRecord *record)
                                                               accesses:[answering(entry, @"Accesses", @selector(intValue)) intValue]
                                                                   date:[NSDate dateWithString:dateText]];
         for (MailboxUid *mailbox in activeMailboxes()) {
-            if (![[mailbox fullPath] isEqualToString:path])
+            if (!sameSpelling([mailbox fullPath], path))
                 continue;
             record->uid = mailbox;
             if ([mailbox displayName] != nil)

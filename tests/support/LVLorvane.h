@@ -9,6 +9,7 @@
  * and a preferences file, and observes it through its methods.
  */
 #import <AppKit/AppKit.h>
+#import "LVDayComparison.h"
 #import "LorvaneBundle_Provider.h"
 #import "LorvaneMailbox.h"
 #import "MHAlertRecorder.h"
@@ -101,9 +102,6 @@ NSArray *LVListedCounts(LorvaneBundle_Provider *provider);
 
 /* ---- Menus ---- */
 
-/* The five recent submenus: move, copy, go-to, move-contextual, copy-contextual. */
-NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider);
-extern const char *const LVFamilyNames[5];
 /* Opens a submenu as AppKit does before showing it; chooses an item as a click does. */
 void LVOpenRecentMenu(NSMenu *submenu);
 void LVChooseItem(NSMenu *menu, NSInteger index);

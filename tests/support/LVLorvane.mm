@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <unistd.h>
 
-const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
 NSString *const LVPreferencesFileName = @"org.lorvane.mailbundle.plist";
 
 static NSString *temporaryRoot;
@@ -186,14 +185,6 @@ NSArray *LVListedCounts(LorvaneBundle_Provider *provider)
 }
 
 #pragma mark Menus
-
-NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider)
-{
-    return @[
-        [provider moveToRecentSubmenu], [provider copyToRecentSubmenu], [provider goToRecentSubmenu], [provider moveToRecentContextualSubmenu],
-        [provider copyToRecentContextualSubmenu]
-    ];
-}
 
 void LVOpenRecentMenu(NSMenu *submenu)
 {
