@@ -61,15 +61,6 @@ static inline Class LVMailClass(const char *name)
     return NSClassFromString([NSString stringWithFormat:@"%s", name]);
 }
 
-/* The same answer for a path Mail takes on every event: a class, once registered, stays,
-   so one found is kept; one not found is looked for again next time. */
-static inline Class LVKeptMailClass(Class *kept, const char *name)
-{
-    if (*kept == Nil)
-        *kept = LVMailClass(name);
-    return *kept;
-}
-
 /* Gives one of Mail's classes the methods of `additions`, where they run as Mail's own, and
    answers it; Nil, and nothing done, when this Mail has no such class. */
 static inline Class LVExtendMailClass(const char *name, Class additions)
