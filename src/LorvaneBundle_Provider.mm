@@ -168,7 +168,7 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 
 #pragma mark Loading into Mail
 
-+ (void)load
++ (void)lv_startInMail
 {
     initOK = YES;
     int MacVersion = 0;

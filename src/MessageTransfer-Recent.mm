@@ -15,7 +15,7 @@ static id<LVMailboxUid> lastDestinationOfTransfer(id transfer)
 
 @implementation MessageTransfer_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _old_setDelegate_IMP = LVPatchMailClass("MessageTransfer", self, @"setDelegate:");
 }

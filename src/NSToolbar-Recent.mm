@@ -22,7 +22,7 @@ static NSMenu *contextualMenuOfViewer(id viewer)
 
 @implementation NSToolbar_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _oldSetDelegateIMP = LVPatchMailClass("NSToolbar", self, @"setDelegate:");
 }

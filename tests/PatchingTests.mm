@@ -486,7 +486,7 @@ void countingRegisterBundle(id self, SEL _cmd)
 
 NSString *versionLine(id className)
 {
-    NSBundle *bundle = [NSBundle bundleWithPath:@LORVANE_BUNDLE_PATH];
+    NSBundle *bundle = [NSBundle bundleWithPath:LVPluginBundlePath()];
     return [NSString stringWithFormat:@"[Lorvane] Loaded %@ bundle %@", className, [bundle objectForInfoDictionaryKey:@"CFBundleVersion"]];
 }
 

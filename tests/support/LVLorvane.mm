@@ -6,6 +6,7 @@
 #include <objc/runtime.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
@@ -13,6 +14,9 @@ const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual
 static NSString *temporaryRoot;
 static NSMutableArray *loggedLines;
 static MHMailStore *sampleStore;
+// The bundle the tests load: the build's own, or another build of the plug-in given as
+// "--bundle=<path>".
+static NSString *pluginBundlePath = @LORVANE_BUNDLE_PATH;
 
 #pragma mark The process
 
@@ -87,9 +91,14 @@ BOOL LVLoadPluginBundle(void)
         [MailApp sharedMailApp];
         MHSetRecentItemsLimit(10);
         MHPrepareMailClassesForPlugins();
-        bundle = [MHLoadMailBundle(@LORVANE_BUNDLE_PATH) retain];
+        bundle = [MHLoadMailBundle(pluginBundlePath) retain];
     }
     return bundle != nil;
+}
+
+NSString *LVPluginBundlePath(void)
+{
+    return pluginBundlePath;
 }
 
 Class LVPluginClass(const char *name)
@@ -380,6 +389,10 @@ int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    for (int i = 1; i < argc; i++) {
+        if (strncmp(argv[i], "--bundle=", 9) == 0)
+            pluginBundlePath = [[NSString alloc] initWithUTF8String:argv[i] + 9];
+    }
     redirectUserFolders();
     loggedLines = [[NSMutableArray alloc] init];
     _NSLog_printf_handler = collectLogLine;
