@@ -58,7 +58,7 @@
 /* Looks up one of Mail's classes by name; Nil when this Mail has no such class. */
 static inline Class LVMailClass(const char *name)
 {
-    return NSClassFromString([NSString stringWithFormat:@"%s", name]);
+    return NSClassFromString([NSString stringWithUTF8String:name]);
 }
 
 /* Gives one of Mail's classes the methods of `additions`, where they run as Mail's own, and
