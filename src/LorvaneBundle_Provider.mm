@@ -231,7 +231,7 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 {
     if (_maxMailboxes == 0)
         return;
-    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVMailClass("MailboxUid") typeIsGeneric:[uid type]])
+    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVMailClass(@"MailboxUid") typeIsGeneric:[uid type]])
         return;
     LorvaneMailbox *record = [[LorvaneMailbox alloc] init];
     if (record == nil) {
@@ -432,7 +432,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
         [path setString:relativePath];
 
     id account = [uid ancestralAccount];
-    Class imapAccountClass = LVMailClass("IMAPAccount");
+    Class imapAccountClass = LVMailClass(@"IMAPAccount");
     if (imapAccountClass == Nil || ![account isKindOfClass:imapAccountClass])
         return path;
     NSString *prefix = [(id<LVIMAPAccount>)account serverPathPrefix];
@@ -622,7 +622,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 
 - (NSImage *)lv_iconForMailbox:(id<LVMailboxUid>)mailbox
 {
-    return [(Class<LVMailboxesController>)LVMailClass("MailboxesController") iconForMailboxUid:mailbox smallSize:YES];
+    return [(Class<LVMailboxesController>)LVMailClass(@"MailboxesController") iconForMailboxUid:mailbox smallSize:YES];
 }
 
 #pragma mark Accessors

@@ -56,9 +56,15 @@
 @end
 
 /* Looks up one of Mail's classes by name; Nil when this Mail has no such class. */
+static inline Class LVMailClass(NSString *name)
+{
+    return NSClassFromString(name);
+}
+
+/* The same for a name held as C text, which costs a string made for each lookup. */
 static inline Class LVMailClass(const char *name)
 {
-    return NSClassFromString([NSString stringWithUTF8String:name]);
+    return LVMailClass([NSString stringWithUTF8String:name]);
 }
 
 /* Gives one of Mail's classes the methods of `additions`, where they run as Mail's own, and

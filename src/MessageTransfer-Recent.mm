@@ -25,7 +25,7 @@ static id<LVMailboxUid> lastDestinationOfTransfer(id transfer)
 // kind) have other delegates and do not count as the user's choice of mailbox.
 - (void)LVsetDelegate:(id)delegate
 {
-    if ([delegate isMemberOfClass:LVMailClass("MessageViewer")]) {
+    if ([delegate isMemberOfClass:LVMailClass(@"MessageViewer")]) {
         id<LVMailboxUid> destination = lastDestinationOfTransfer(self);
         if (destination != nil)
             [[LorvaneBundle_Provider activeLorvaneBundle_Provider] addOrTouchRecentMailboxFromUid:destination];
