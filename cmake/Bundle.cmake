@@ -1,7 +1,13 @@
-# A Lorvane.mailbundle in the layout GNUstep loads, built from the plug-in's sources: the shared
-# object at the bundle's root, its Info under Resources/.
+# A Lorvane.mailbundle in the layout GNUstep loads, built from the plug-in's sources (or the ones
+# given after the folder, in that order) and the start-up unit last: the shared object at the
+# bundle's root, its Info under Resources/.
 function(lorvane_add_bundle target bundle_dir)
-    list(TRANSFORM LORVANE_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
+    set(sources ${ARGN})
+    if(NOT sources)
+        set(sources ${LORVANE_SOURCES})
+    endif()
+    list(APPEND sources ${LORVANE_START_UP_SOURCE})
+    list(TRANSFORM sources PREPEND ${CMAKE_SOURCE_DIR}/)
     add_library(${target} MODULE ${sources})
     target_include_directories(${target} PRIVATE ${CMAKE_SOURCE_DIR}/src)
     target_link_libraries(${target} PRIVATE ${LORVANE_PLUGIN_LIBRARIES})
@@ -17,18 +23,27 @@ endfunction()
 set(LORVANE_BUNDLE_DIR ${CMAKE_BINARY_DIR}/${LORVANE_BUNDLE_NAME}.mailbundle)
 lorvane_add_bundle(Lorvane ${LORVANE_BUNDLE_DIR})
 
+# The same bundle with its sources linked in the reverse order, which the tests load too.
+set(LORVANE_REVERSED_BUNDLE_DIR ${CMAKE_BINARY_DIR}/reversed-sources/${LORVANE_BUNDLE_NAME}.mailbundle)
+set(_reversed_sources ${LORVANE_SOURCES})
+list(REVERSE _reversed_sources)
+lorvane_add_bundle(LorvaneReversedSources ${LORVANE_REVERSED_BUNDLE_DIR} ${_reversed_sources})
+
 file(GLOB LORVANE_LPROJ_FILES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/Resources/*.lproj/*)
 set(_bundle_resource_outputs "")
 foreach(res IN LISTS LORVANE_LPROJ_FILES ITEMS ${CMAKE_SOURCE_DIR}/Resources/icon.png)
     file(RELATIVE_PATH rel ${CMAKE_SOURCE_DIR}/Resources ${res})
-    set(out ${LORVANE_BUNDLE_DIR}/Resources/${rel})
-    add_custom_command(OUTPUT ${out}
-        COMMAND ${CMAKE_COMMAND} -E copy ${res} ${out}
-        DEPENDS ${res} VERBATIM)
-    list(APPEND _bundle_resource_outputs ${out})
+    foreach(bundle_dir IN ITEMS ${LORVANE_BUNDLE_DIR} ${LORVANE_REVERSED_BUNDLE_DIR})
+        set(out ${bundle_dir}/Resources/${rel})
+        add_custom_command(OUTPUT ${out}
+            COMMAND ${CMAKE_COMMAND} -E copy ${res} ${out}
+            DEPENDS ${res} VERBATIM)
+        list(APPEND _bundle_resource_outputs ${out})
+    endforeach()
 endforeach()
 add_custom_target(LorvaneResources ALL DEPENDS ${_bundle_resource_outputs})
 add_dependencies(Lorvane LorvaneResources)
+add_dependencies(LorvaneReversedSources LorvaneResources)
 
 # The macOS bundle's Info.plist, written here as well so that the tests can read what a
 # Mac build would ship. Building the bundle refreshes it.

@@ -33,7 +33,7 @@ foreach(res IN LISTS LORVANE_MAC_RESOURCES)
     set_source_files_properties(${res} PROPERTIES MACOSX_PACKAGE_LOCATION ${location})
 endforeach()
 
-add_library(Lorvane MODULE ${LORVANE_SOURCES} ${LORVANE_MAC_RESOURCES})
+add_library(Lorvane MODULE ${LORVANE_SOURCES} ${LORVANE_START_UP_SOURCE} ${LORVANE_MAC_RESOURCES})
 target_include_directories(Lorvane PRIVATE ${CMAKE_SOURCE_DIR}/src)
 set_target_properties(Lorvane PROPERTIES
     BUNDLE TRUE

@@ -2,11 +2,11 @@
 
 /*
  * Tells the provider when the user's accounts changed, so mailboxes that went with an account leave the list.
- * Its +load copies these methods into Mail's AccountPreferences and patches AccountPreferences.
+ * At start-up, +lv_installInMail copies these methods into Mail's AccountPreferences and patches AccountPreferences.
  */
 @interface AccountPreferences_MFAdditions : NSObject
 
-+ (void)load;
++ (void)lv_installInMail;
 - (void)LVaccountsDidChange:(id)notification;
 
 @end

@@ -7,7 +7,7 @@ static IMP _old_accountsDidChange_IMP = NULL;
 
 @implementation AccountPreferences_MFAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _old_accountsDidChange_IMP = LVPatchMailClass("AccountPreferences", self, @"accountsDidChange:");
 }

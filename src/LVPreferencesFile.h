@@ -40,14 +40,11 @@ NSString *LVUserLibraryFolder(void);
 /* YES unless the file says otherwise. */
 - (BOOL)excludesSpecialMailboxes;
 /* The saved records that name a mailbox, in file order, as records without a mailbox yet,
-   with their counts and dates; `paths` receives the full path each one names. */
+   with their counts and dates (read as +[NSDate dateWithString:] reads them, nil when that
+   does not parse); `paths` receives the full path each one names. */
 - (NSArray *)savedRecordsWithPaths:(NSArray **)paths;
 
 /* Replaces the file; NO when it could not be written, the old file then left as it was. */
 - (BOOL)writeSortType:(int)sortType excludeSpecialMailboxes:(BOOL)exclude records:(NSArray *)records;
 
 @end
-
-/* A saved record's date: its text as NSDate's -description writes it ("2026-11-22 23:24:49
-   +0000"), read as +[NSDate dateWithString:] reads it; nil when that does not parse. */
-NSDate *LVDateFromSavedText(NSString *text);

@@ -51,66 +51,6 @@ static NSString *savedDateText(NSDictionary *saved)
     return text;
 }
 
-// Days from 2001-01-01 to the date, in the proleptic Gregorian calendar.
-static long daysSinceReferenceDate(long year, long month, long day)
-{
-    year -= month <= 2;
-    long era = year / 400;
-    long yearOfEra = year - era * 400;
-    long dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    long dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-    return era * 146097 + dayOfEra - 730791;
-}
-
-static int daysInMonth(long year, long month)
-{
-    static const int days[] = { 31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31 };
-    bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return month == 2 && leap ? 29 : days[month - 1];
-}
-
-// Reads `count` digits at `from`, or -1.
-static long digitsAt(const std::u16string &text, size_t from, size_t count)
-{
-    long value = 0;
-    for (size_t i = from; i < from + count; i++) {
-        if (text[i] < u'0' || text[i] > u'9')
-            return -1;
-        value = value * 10 + (text[i] - u'0');
-    }
-    return value;
-}
-
-// Parsing dates is most of what reading a long list costs, and every date Lorvane writes has
-// one exact form: that form is read here, and anything else by the platform.
-static bool readCanonicalDate(NSString *text, NSTimeInterval *seconds)
-{
-    if ([text length] != 25)
-        return false;
-    std::u16string chars(25, u'\0');
-    [text getCharacters:(unichar *)chars.data() range:NSMakeRange(0, 25)];
-    if (chars[4] != u'-' || chars[7] != u'-' || chars[10] != u' ' || chars[13] != u':' || chars[16] != u':' || chars[19] != u' '
-        || (chars[20] != u'+' && chars[20] != u'-'))
-        return false;
-    long year = digitsAt(chars, 0, 4), month = digitsAt(chars, 5, 2), day = digitsAt(chars, 8, 2);
-    long hour = digitsAt(chars, 11, 2), minute = digitsAt(chars, 14, 2), second = digitsAt(chars, 17, 2);
-    long zoneHours = digitsAt(chars, 21, 2), zoneMinutes = digitsAt(chars, 23, 2);
-    if (year < 1900 || month < 1 || month > 12 || day < 1 || hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0
-        || second > 59 || zoneHours < 0 || zoneHours > 23 || zoneMinutes < 0 || zoneMinutes > 59 || day > daysInMonth(year, month))
-        return false;
-    long offset = (zoneHours * 3600 + zoneMinutes * 60) * (chars[20] == u'-' ? -1 : 1);
-    *seconds = (double)(daysSinceReferenceDate(year, month, day) * 86400 + hour * 3600 + minute * 60 + second - offset);
-    return true;
-}
-
-NSDate *LVDateFromSavedText(NSString *text)
-{
-    NSTimeInterval seconds = 0;
-    if (readCanonicalDate(text, &seconds))
-        return [NSDate dateWithTimeIntervalSinceReferenceDate:seconds];
-    return [NSDate dateWithString:text];
-}
-
 #pragma mark Writing
 
 // A saved record without a path names no mailbox and is left out.
@@ -263,7 +203,7 @@ static BOOL makeFolderOfFile(NSString *path)
             continue;
         LorvaneMailbox *record = [[LorvaneMailbox alloc] init];
         [record setAccesses:[valueAnswering(entry, LVAccessesKey, @selector(intValue)) intValue]];
-        [record setDate:LVDateFromSavedText(savedDateText(entry))];
+        [record setDate:[NSDate dateWithString:savedDateText(entry)]];
         [records addObject:record];
         [record release];
         [fullPaths addObject:fullPath];

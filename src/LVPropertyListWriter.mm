@@ -1,5 +1,6 @@
 #import "LVPropertyListWriter.h"
 
+#include <cstring>
 #include <vector>
 
 // The text of an element. Markup characters go as character references, and so do control
@@ -23,9 +24,11 @@ static NSString *xmlText(NSString *text)
     return xml;
 }
 
+// A number made from a BOOL reports the type that every such number reports, on a Mac too,
+// where a BOOL's own encoding is not always that type.
 static BOOL isBooleanNumber(id value)
 {
-    return value == [NSNumber numberWithBool:YES] || value == [NSNumber numberWithBool:NO];
+    return [value isKindOfClass:[NSNumber class]] && strcmp([value objCType], [[NSNumber numberWithBool:YES] objCType]) == 0;
 }
 
 static void appendXML(NSMutableString *xml, id value, NSString *indent)

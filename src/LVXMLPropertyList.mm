@@ -9,9 +9,13 @@
 
 namespace {
 
-// Set for each document: reading happens on one thread at a time, at start-up.
-unsigned maximumDepth;
-uint64_t maximumObjects;
+// One document's reading: how deep it may nest and how many objects it may hold, keys and
+// values alike, and how many it has made so far.
+struct Reading {
+    unsigned maximumDepth;
+    uint64_t maximumObjects;
+    uint64_t objects;
+};
 
 // libxml2 reports some faults (a bad encoding among them) whatever the options say, and inside
 // Mail they would reach the user's console: silenced for one document, then put back as found.
@@ -114,16 +118,16 @@ NSData *dataOf(NSString *text)
     return data;
 }
 
-id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects);
+id objectOf(xmlNodePtr node, unsigned depth, Reading &reading);
 
-NSDictionary *dictionaryOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64_t &objects)
+NSDictionary *dictionaryOf(const std::vector<xmlNodePtr> &elements, unsigned depth, Reading &reading)
 {
     if (elements.size() % 2 != 0)
         return nil;
     NSMutableDictionary *dictionary = [NSMutableDictionary dictionaryWithCapacity:elements.size() / 2];
     for (size_t i = 0; i < elements.size(); i += 2) {
         NSString *key = named(elements[i], "key") ? textOf(elements[i]) : nil;
-        id value = key != nil ? objectOf(elements[i + 1], depth + 1, objects) : nil;
+        id value = key != nil ? objectOf(elements[i + 1], depth + 1, reading) : nil;
         if (value == nil)
             return nil;
         [dictionary setObject:value forKey:key];
@@ -131,11 +135,11 @@ NSDictionary *dictionaryOf(const std::vector<xmlNodePtr> &elements, unsigned dep
     return dictionary;
 }
 
-NSArray *arrayOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64_t &objects)
+NSArray *arrayOf(const std::vector<xmlNodePtr> &elements, unsigned depth, Reading &reading)
 {
     NSMutableArray *array = [NSMutableArray arrayWithCapacity:elements.size()];
     for (xmlNodePtr element : elements) {
-        id value = objectOf(element, depth + 1, objects);
+        id value = objectOf(element, depth + 1, reading);
         if (value == nil)
             return nil;
         [array addObject:value];
@@ -145,15 +149,15 @@ NSArray *arrayOf(const std::vector<xmlNodePtr> &elements, unsigned depth, uint64
 
 // One object of the list, or nil (and the whole list with it) for anything a property list
 // cannot hold. Depth and count are bounded as for binary lists.
-id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
+id objectOf(xmlNodePtr node, unsigned depth, Reading &reading)
 {
-    if (depth > maximumDepth || ++objects > maximumObjects)
+    if (depth > reading.maximumDepth || ++reading.objects > reading.maximumObjects)
         return nil;
     if (named(node, "dict") || named(node, "array")) {
         std::vector<xmlNodePtr> elements;
         if (!elementsOf(node, elements))
             return nil;
-        return named(node, "dict") ? (id)dictionaryOf(elements, depth, objects) : (id)arrayOf(elements, depth, objects);
+        return named(node, "dict") ? (id)dictionaryOf(elements, depth, reading) : (id)arrayOf(elements, depth, reading);
     }
     if (named(node, "true") || named(node, "false"))
         return node->children == nullptr ? [NSNumber numberWithBool:named(node, "true")] : nil;
@@ -181,8 +185,6 @@ id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
 // writes none.
 + (id)propertyListWithBytes:(const uint8_t *)bytes length:(size_t)length maximumDepth:(unsigned)depth maximumObjects:(uint64_t)objects
 {
-    maximumDepth = depth;
-    maximumObjects = objects;
     QuietLibxml quiet;
     int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> document(xmlReadMemory((const char *)bytes, (int)length, nullptr, nullptr, options), xmlFreeDoc);
@@ -195,8 +197,8 @@ id objectOf(xmlNodePtr node, unsigned depth, uint64_t &objects)
     std::vector<xmlNodePtr> elements;
     if (root == nullptr || !named(root, "plist") || !elementsOf(root, elements) || elements.size() != 1)
         return nil;
-    uint64_t made = 0;
-    return objectOf(elements[0], 1, made);
+    Reading reading = { depth, objects, 0 };
+    return objectOf(elements[0], 1, reading);
 }
 
 @end

@@ -54,8 +54,9 @@
     NSBundle *_thisBundle;
 }
 
-/* Loading into Mail. */
-+ (void)load;
+/* Loading into Mail: the version gate, then Mail's plug-in class made and registered. Run
+   once, first of the start-up steps. */
++ (void)lv_startInMail;
 + (void)initialize;
 /* The provider singleton, or nil before start-up has finished or after it failed. */
 + (id)activeLorvaneBundle_Provider;

@@ -168,7 +168,7 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 
 #pragma mark Loading into Mail
 
-+ (void)load
++ (void)lv_startInMail
 {
     initOK = YES;
     int MacVersion = 0;
@@ -229,13 +229,11 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 // are the time of this use.
 - (void)addOrTouchRecentMailboxFromUid:(id<LVMailboxUid>)uid
 {
-    static Class mailboxUidClass = Nil;
-    static Class recordClass = [LorvaneMailbox class];
     if (_maxMailboxes == 0)
         return;
-    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVKeptMailClass(&mailboxUidClass, "MailboxUid") typeIsGeneric:[uid type]])
+    if (_excludeSpecialMailboxes && ![(Class<LVMailboxUid>)LVMailClass(@"MailboxUid") typeIsGeneric:[uid type]])
         return;
-    LorvaneMailbox *record = [[recordClass alloc] init];
+    LorvaneMailbox *record = [[LorvaneMailbox alloc] init];
     if (record == nil) {
         NSLog(@"[Lorvane:addOrTouchRecentMailboxFromUid] failed to allocate LorvaneMailbox object.");
         return;
@@ -433,9 +431,8 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
     if (relativePath != nil)
         [path setString:relativePath];
 
-    static Class imapAccountClass = Nil;
     id account = [uid ancestralAccount];
-    LVKeptMailClass(&imapAccountClass, "IMAPAccount");
+    Class imapAccountClass = LVMailClass(@"IMAPAccount");
     if (imapAccountClass == Nil || ![account isKindOfClass:imapAccountClass])
         return path;
     NSString *prefix = [(id<LVIMAPAccount>)account serverPathPrefix];
@@ -625,8 +622,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 
 - (NSImage *)lv_iconForMailbox:(id<LVMailboxUid>)mailbox
 {
-    static Class mailboxesController = Nil;
-    return [(Class<LVMailboxesController>)LVKeptMailClass(&mailboxesController, "MailboxesController") iconForMailboxUid:mailbox smallSize:YES];
+    return [(Class<LVMailboxesController>)LVMailClass(@"MailboxesController") iconForMailboxUid:mailbox smallSize:YES];
 }
 
 #pragma mark Accessors

@@ -16,6 +16,7 @@
     NSMutableString *_displayName; // owned; made once by -init, only its text changes
 }
 
+/* The designated initialiser, which copies use too: one use, dated now, an empty name. */
 - (id)init;
 
 /* Also resets the display name to Mail's name for the mailbox. */

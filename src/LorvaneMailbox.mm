@@ -3,31 +3,16 @@
 #include <cmath>
 #include <cstdio>
 
-// This run-time looks a class up by its name at every message sent to it; records are made
-// on Mail's transfer path, so the classes they use are looked up once.
-static Class dateClass(void)
-{
-    static Class kept = [NSDate class];
-    return kept;
-}
-
-static Class mutableStringClass(void)
-{
-    static Class kept = [NSMutableString class];
-    return kept;
-}
-
 @implementation LorvaneMailbox
 
-// The record is plain data: NSObject's initialiser has nothing to add, so it is not called.
 - (id)init
 {
+    if (nil == (self = [super init]))
+        return nil;
     _uid = nil;
     _accesses = 1;
-    _date = [[dateClass() date] retain];
-    // Made owned rather than autoreleased and retained: the same empty buffer, and a record
-    // dropped from a full list can be used again before the pool drains.
-    _displayName = [[mutableStringClass() alloc] initWithCapacity:255];
+    _date = [[NSDate date] retain];
+    _displayName = [[NSMutableString alloc] initWithCapacity:255];
     return self;
 }
 
@@ -124,10 +109,9 @@ static Class mutableStringClass(void)
     return [[_displayName lowercaseString] localizedCompare:[[other displayName] lowercaseString]];
 }
 
-// The copy skips -init, so it has no name buffer: it keeps the mailbox, count and date only.
 - (id)copyWithZone:(NSZone *)zone
 {
-    LorvaneMailbox *copy = [[self class] allocWithZone:NULL];
+    LorvaneMailbox *copy = [[[self class] allocWithZone:zone] init];
     [copy setUid:_uid];
     [copy setAccesses:_accesses];
     [copy setDate:_date];

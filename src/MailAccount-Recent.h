@@ -2,11 +2,11 @@
 
 /*
  * Tells the provider a mailbox is about to be deleted, so it leaves the list at the next opening.
- * Its +load copies these methods into Mail's MailAccount and patches MailAccount.
+ * At start-up, +lv_installInMail copies these methods into Mail's MailAccount and patches MailAccount.
  */
 @interface MailAccount_LVAdditions : NSObject
 
-+ (void)load;
++ (void)lv_installInMail;
 - (BOOL)LVdeleteMailbox:(id)mailbox reflectToServer:(BOOL)reflectToServer;
 
 @end

@@ -7,7 +7,7 @@ static IMP _old_deleteMailbox_IMP = NULL;
 
 @implementation MailAccount_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _old_deleteMailbox_IMP = LVPatchMailClass("MailAccount", self, @"deleteMailbox:reflectToServer:");
 }

@@ -2,11 +2,11 @@
 
 /*
  * Saves the recent list when Mail quits, before Mail's own handler runs.
- * Its +load copies these methods into Mail's MailApp and patches MailApp.
+ * At start-up, +lv_installInMail copies these methods into Mail's MailApp and patches MailApp.
  */
 @interface MailApp_LVAdditions : NSObject
 
-+ (void)load;
++ (void)lv_installInMail;
 - (void)LVapplicationWillTerminate:(id)notification;
 
 @end

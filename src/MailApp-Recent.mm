@@ -7,7 +7,7 @@ static IMP _old_applicationWillTerminate_IMP = NULL;
 
 @implementation MailApp_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _old_applicationWillTerminate_IMP = LVPatchMailClass("MailApp", self, @"applicationWillTerminate:");
 }

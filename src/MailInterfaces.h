@@ -56,18 +56,15 @@
 @end
 
 /* Looks up one of Mail's classes by name; Nil when this Mail has no such class. */
-static inline Class LVMailClass(const char *name)
+static inline Class LVMailClass(NSString *name)
 {
-    return NSClassFromString([NSString stringWithFormat:@"%s", name]);
+    return NSClassFromString(name);
 }
 
-/* The same answer for a path Mail takes on every event: a class, once registered, stays,
-   so one found is kept; one not found is looked for again next time. */
-static inline Class LVKeptMailClass(Class *kept, const char *name)
+/* The same for a name held as C text, which costs a string made for each lookup. */
+static inline Class LVMailClass(const char *name)
 {
-    if (*kept == Nil)
-        *kept = LVMailClass(name);
-    return *kept;
+    return LVMailClass([NSString stringWithUTF8String:name]);
 }
 
 /* Gives one of Mail's classes the methods of `additions`, where they run as Mail's own, and

@@ -2,11 +2,11 @@
 
 /*
  * Records the destination of every move or copy the user starts in a viewer.
- * Its +load copies these methods into Mail's MessageTransfer and patches MessageTransfer.
+ * At start-up, +lv_installInMail copies these methods into Mail's MessageTransfer and patches MessageTransfer.
  */
 @interface MessageTransfer_LVAdditions : NSObject
 
-+ (void)load;
++ (void)lv_installInMail;
 - (void)LVsetDelegate:(id)delegate;
 
 @end

@@ -4,12 +4,12 @@
  * What the recent submenus' items do, carried out by Mail's MessageViewer.
  *
  * The items have no target, so a choice travels the responder chain to the viewer in
- * front; +load copies these methods into MessageViewer so that it answers them. The
- * same +load patches the viewer to report renamed mailboxes and its window becoming main.
+ * front; at start-up, +lv_installInMail copies these methods into MessageViewer so that it
+ * answers them, and patches the viewer to report renamed mailboxes and its window becoming main.
  */
 @interface MessageViewer_LVAdditions : NSObject
 
-+ (void)load;
++ (void)lv_installInMail;
 - (void)LV_mailboxWasRenamed:(id)notification;
 - (void)LVwindowDidBecomeMain:(id)notification;
 

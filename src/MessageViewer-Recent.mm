@@ -42,7 +42,7 @@ static void transferChosenItem(id viewer, id sender, NSMenu *submenu, BOOL delet
 
 @implementation MessageViewer_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     Class hostClass = LVExtendMailClass("MessageViewer", self);
     if (hostClass == Nil)

@@ -22,7 +22,7 @@ static NSMenu *contextualMenuOfViewer(id viewer)
 
 @implementation NSToolbar_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     _oldSetDelegateIMP = LVPatchMailClass("NSToolbar", self, @"setDelegate:");
 }
@@ -32,7 +32,7 @@ static NSMenu *contextualMenuOfViewer(id viewer)
 // menu serves every viewer, so this happens once, even when the menu could not be had.
 - (void)LVsetDelegate:(id)delegate
 {
-    if ([delegate isKindOfClass:LVMailClass("MessageViewer")] && !didSetContextualMenuDelegate) {
+    if ([delegate isKindOfClass:LVMailClass(@"MessageViewer")] && !didSetContextualMenuDelegate) {
         NSMenu *contextualMenu = contextualMenuOfViewer(delegate);
         [[LorvaneBundle_Provider activeLorvaneBundle_Provider] createContextualSubmenusUnderMenu:contextualMenu];
         didSetContextualMenuDelegate = YES;

@@ -3,7 +3,7 @@
 
 @implementation TableViewManager_LVAdditions
 
-+ (void)load
++ (void)lv_installInMail
 {
     LVExtendMailClass("TableViewManager", self); // without it in this Mail, no contextual submenus
 }

@@ -211,7 +211,7 @@ TEST_F(List, AFreshRecordCountsOneIsDatedNowAndKeepsItsOwnNameBufferUntilMailsNa
     }
 }
 
-TEST_F(List, CountsWrapLikeThirtyTwoBitsAndACopyKeepsMailboxCountAndDateButNoName)
+TEST_F(List, CountsWrapLikeThirtyTwoBitsAndACopyKeepsMailboxCountDateAndNameInABufferOfItsOwn)
 {
     LorvaneMailbox *record = newRecord();
     for (int stored : { 0, -5, 41, INT_MAX }) {
@@ -228,7 +228,8 @@ TEST_F(List, CountsWrapLikeThirtyTwoBitsAndACopyKeepsMailboxCountAndDateButNoNam
     EXPECT_EQ((id)mailbox(@"Work"), (id)[copy uid]);
     EXPECT_EQ(12, [copy accesses]);
     EXPECT_TRUE([[copy date] isEqualToDate:yesterday]);
-    EXPECT_TRUE([copy displayName] == nil);
+    EXPECT_NSEQ(@"Work", [copy displayName]);
+    EXPECT_NE([record displayName], [copy displayName]);
 }
 
 TEST_F(List, ComparatorsPutTheReceiverFirstWhenItRanksFirstAndCallTiesEqual)

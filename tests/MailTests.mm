@@ -12,7 +12,6 @@
 #import "TableViewManager-Recent.h"
 
 #include <dlfcn.h>
-#include <objc/runtime.h>
 
 #include <initializer_list>
 
@@ -49,26 +48,6 @@ extern "C" __attribute__((visibility("default"))) Class NSClassFromString(NSStri
 {
     return @[];
 }
-@end
-
-// Transfers whose operations key-value coding cannot reach: a class that keeps its fields
-// private, and one laid out as Mail's transfer without the field at all.
-
-@interface MTPrivateTransfer : MessageTransfer
-@end
-@implementation MTPrivateTransfer
-+ (BOOL)accessInstanceVariablesDirectly
-{
-    return NO;
-}
-@end
-
-@interface MTFieldlessTransfer : NSObject {
-    NSArray *_messages;
-    id _delegate;
-}
-@end
-@implementation MTFieldlessTransfer
 @end
 
 namespace {
@@ -136,32 +115,6 @@ TEST_F(Mail, OnlyATransferWhoseDelegateIsExactlyAMessageViewerWithADestinationCo
         [transfer setDelegate:row.delegate];
         EXPECT_EQ(row.delegate, [transfer delegate]) << row.name;
         EXPECT_EQ(row.counts ? 0 : -1, [provider getRecentMailboxIndexWithUid:LVUid(archive)]) << row.name;
-    }
-}
-
-TEST_F(Mail, ATransferWhoseOperationsKeyValueCodingCannotReachRaisesIntoMail)
-{
-    NSArray *paths = @[ [[inbox messagePaths] firstObject] ];
-    MailboxUid *travel = LVSampleMailbox(@"Home/Travel");
-    class_addMethod([MTFieldlessTransfer class], @selector(setDelegate:), class_getMethodImplementation([MessageTransfer class], @selector(setDelegate:)),
-                    "v@:@");
-    // Each transfer is made for Travel; nil stands for key-value coding raising into Mail.
-    struct Row {
-        Class transferClass;
-        MailboxUid *listed;
-    } rows[] = {
-        { [MessageTransfer class], travel },
-        { [MTPrivateTransfer class], nil },
-        { [MTFieldlessTransfer class], nil },
-    };
-    for (const Row &row : rows) {
-        [provider clearRecentMailboxes];
-        id transfer = [[row.transferClass alloc] autorelease];
-        transfer = [row.transferClass isSubclassOfClass:[MessageTransfer class]]
-            ? [transfer initWithMessagesAtPaths:paths destinationMailbox:travel deleteOriginals:NO]
-            : [transfer init];
-        EXPECT_EQ(row.listed == nil, LVRaises([&] { [transfer setDelegate:viewer]; })) << class_getName(row.transferClass);
-        EXPECT_NSEQ(row.listed ? @[ [row.listed displayName] ] : @[], LVListedNames(provider)) << class_getName(row.transferClass);
     }
 }
 

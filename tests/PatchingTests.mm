@@ -16,6 +16,7 @@
 
 #include <objc/runtime.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,6 @@ static NSString *const HookAnswer = @"hook";
 - (NSString *)providerOnly;
 + (NSString *)classDescribe;
 - (NSString *)describe;
-+ (NSString *)LVclassDescribe;
-- (NSString *)LVdescribe;
 @end
 
 /* ---- Subclassing ---- */
@@ -115,35 +114,27 @@ static NSMutableArray *initializedClassNames;
 
 /* ---- Swizzling ---- */
 
-// describe is defined here only; the children inherit it.
-@interface RPSwizzleBase : NSObject
+// The methods of the classes the swizzling rows make. The one replaced stands between others
+// of its class, and the classes below it have methods of their own, as Mail's have.
+@interface RPPatchedMethods : NSObject
 @end
-@implementation RPSwizzleBase
+@implementation RPPatchedMethods
++ (NSString *)kind { return BaseAnswer; }
 + (NSString *)classDescribe { return BaseAnswer; }
++ (NSString *)providerOnlyClassMethod { return BaseAnswer; }
+- (NSString *)greeting { return BaseAnswer; }
 - (NSString *)describe { return BaseAnswer; }
+- (NSString *)providerOnly { return BaseAnswer; }
 @end
-
-@interface RPSwizzleHooked : RPSwizzleBase
+@interface RPHookMethods : NSObject
 @end
-@implementation RPSwizzleHooked
+@implementation RPHookMethods
 + (NSString *)LVclassDescribe { return HookAnswer; }
 - (NSString *)LVdescribe { return HookAnswer; }
 @end
 
-@interface RPSwizzleOther : RPSwizzleBase
-@end
-@implementation RPSwizzleOther
-@end
-
-// Swizzled twice; defines its method itself.
-@interface RPSwizzleTwice : NSObject
-@end
-@implementation RPSwizzleTwice
-- (NSString *)describe { return BaseAnswer; }
-- (NSString *)LVdescribe { return HookAnswer; }
-@end
-
-// Has the methods to replace but no "LV" twins.
+// Has the methods to replace but no "LV" twins; the run-time made RPSwizzleFromProvider
+// defines them too, and its hooks come from the class named after it with "_LVProvider".
 @interface RPSwizzleNoHook : NSObject
 @end
 @implementation RPSwizzleNoHook
@@ -151,14 +142,6 @@ static NSMutableArray *initializedClassNames;
 - (NSString *)describe { return BaseAnswer; }
 @end
 
-// What the run-time made RPSwizzleFromProvider defines; its hooks come from the class
-// named after it with "_LVProvider".
-@interface RPSwizzleHostMethods : NSObject
-@end
-@implementation RPSwizzleHostMethods
-+ (NSString *)classDescribe { return BaseAnswer; }
-- (NSString *)describe { return BaseAnswer; }
-@end
 @interface RPSwizzleFromProvider_LVProvider : NSObject
 @end
 @implementation RPSwizzleFromProvider_LVProvider
@@ -201,24 +184,31 @@ void copyOwnMethods(Class source, Class target)
     free(methods);
 }
 
-// A class made at run time, defining the methods of methodsFrom (Nil for none) itself,
-// and already messaged, as a running Mail has messaged its classes. Tests that copy
-// class methods use these: this run-time reads the flags of a compiled metaclass as
-// "under construction" and files class methods added to it where no lookup finds them.
-Class makeClass(const char *name, Class superclass, Class methodsFrom)
+// A class made at run time, defining the methods of the classes given itself, and already
+// messaged, as a running Mail has messaged its classes. Tests that copy class methods use
+// these: this run-time reads the flags of a compiled metaclass as "under construction" and
+// files class methods added to it where no lookup finds them.
+Class makeClass(const char *name, Class superclass, std::initializer_list<Class> methodsFrom = {})
 {
     Class made = objc_allocateClassPair(superclass, name, 0);
     if (made == Nil)
         return Nil;
-    if (methodsFrom != Nil) {
-        copyOwnMethods(methodsFrom, made);
-        copyOwnMethods(object_getClass(methodsFrom), object_getClass(made));
+    for (Class source : methodsFrom) {
+        if (source == Nil)
+            continue;
+        copyOwnMethods(source, made);
+        copyOwnMethods(object_getClass(source), object_getClass(made));
     }
     objc_registerClassPair(made);
     [made class];
     return made;
 }
 
+// What a class answers on one side: its class method, or a new instance's method.
+NSString *describeOn(Class aClass, BOOL classSide)
+{
+    return classSide ? [aClass classDescribe] : [[[[aClass alloc] init] autorelease] describe];
+}
 
 // The plug-in's utilities, loaded into a running Mail; the log starts empty.
 class RuntimePatching : public testing::Test {
@@ -275,8 +265,8 @@ TEST_F(RuntimePatching, SubclassingFailsSilentlyUnderATakenNameAndWithALogLineAt
 
 TEST_F(RuntimePatching, CopyingAMethodKeepsTheTargetsOwnAndOverridesAnInheritedOneInTheTargetOnly)
 {
-    Class child = makeClass("RPCopyChild", [RPCopyBase class], [RPChildMethods class]);
-    Class sibling = makeClass("RPCopySibling", [RPCopyBase class], Nil);
+    Class child = makeClass("RPCopyChild", [RPCopyBase class], { [RPChildMethods class] });
+    Class sibling = makeClass("RPCopySibling", [RPCopyBase class]);
     for (Class target : { child, sibling }) {
         EXPECT_TRUE([utilities addInstanceMethodName:@"greeting" fromProviderClass:[RPCopyProvider class] toClass:target]);
         EXPECT_TRUE([utilities addClassMethodName:@"kind" fromProviderClass:[RPCopyProvider class] toClass:target]);
@@ -290,7 +280,7 @@ TEST_F(RuntimePatching, CopyingAMethodKeepsTheTargetsOwnAndOverridesAnInheritedO
 
 TEST_F(RuntimePatching, CopyingAMethodAnswersNoWhenThereIsNothingToCopyOrNowhereToPutIt)
 {
-    Class target = makeClass("RPCopyTarget", [RPCopyBase class], Nil);
+    Class target = makeClass("RPCopyTarget", [RPCopyBase class]);
     ASSERT_TRUE(target != Nil);
     struct Row {
         const char *name;
@@ -319,38 +309,46 @@ TEST_F(RuntimePatching, CopyingAMethodAnswersNoWhenThereIsNothingToCopyOrNowhere
     EXPECT_EQ(0u, [LVLoggedLines() count]);
 }
 
-TEST_F(RuntimePatching, SwizzlingAnInheritedMethodReplacesItWhereItIsDefinedAndHandsBackWhatRanBefore)
+// On both sides: a method the host defines, not first of its class's list, and one it inherits,
+// which is replaced where it is defined. Classes below it with methods of their own have run
+// it before, as Mail's have by the time a bundle loads.
+TEST_F(RuntimePatching, SwizzlingReplacesAMethodWhereItIsDefinedForEveryClassThatRunsItAndHandsBackWhatRanBefore)
 {
-    RPSwizzleBase *base = [[[RPSwizzleBase alloc] init] autorelease];
-    RPSwizzleHooked *hooked = [[[RPSwizzleHooked alloc] init] autorelease];
-    RPSwizzleOther *other = [[[RPSwizzleOther alloc] init] autorelease];
+    struct Row {
+        const char *name;
+        BOOL classSide, inherited;
+    } rows[] = {
+        { "instance method of the host's own", NO, NO },
+        { "instance method the host inherits", NO, YES },
+        { "class method of the host's own", YES, NO },
+        { "class method the host inherits", YES, YES },
+    };
+    for (const Row &row : rows) {
+        std::string name = "RPSwizzle" + std::to_string(&row - rows);
+        Class base = makeClass((name + "Base").c_str(), [NSObject class], { [RPPatchedMethods class], row.inherited ? Nil : [RPHookMethods class] });
+        Class host = row.inherited ? makeClass((name + "Host").c_str(), base, { [RPHookMethods class], [RPChildMethods class] }) : base;
+        Class below = makeClass((name + "Below").c_str(), host, { [RPChildMethods class] });
+        Class sibling = makeClass((name + "Sibling").c_str(), base, { [RPChildMethods class] });
+        for (Class ran : { base, host, below, sibling })
+            EXPECT_NSEQ(BaseAnswer, describeOn(ran, row.classSide)) << row.name;
 
-    IMP previous = [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleHooked class]];
-    IMP previousClass = [utilities swizzleClassMethod:@"classDescribe" forClass:[RPSwizzleHooked class]];
-
-    ASSERT_TRUE(previous != NULL);
-    ASSERT_TRUE(previousClass != NULL);
-    EXPECT_NSEQ(HookAnswer, [hooked describe]);
-    EXPECT_NSEQ(HookAnswer, [base describe]);
-    EXPECT_NSEQ(HookAnswer, [other describe]);
-    EXPECT_NSEQ(HookAnswer, [RPSwizzleBase classDescribe]);
-    EXPECT_NSEQ(HookAnswer, [RPSwizzleOther classDescribe]);
-    // The old code is still reachable, through what was handed back only.
-    EXPECT_NSEQ(BaseAnswer, ((LVStringIMP)previous)(hooked, @selector(describe)));
-    EXPECT_NSEQ(BaseAnswer, ((LVStringIMP)previousClass)([RPSwizzleHooked class], @selector(classDescribe)));
-    EXPECT_EQ(0u, [LVLoggedLines() count]);
-
+        IMP previous = row.classSide ? [utilities swizzleClassMethod:@"classDescribe" forClass:host] : [utilities swizzleInstanceMethod:@"describe" forClass:host];
+        ASSERT_TRUE(previous != NULL) << row.name;
+        EXPECT_NSEQ(BaseAnswer, ((LVStringIMP)previous)(host, @selector(describe))) << row.name;
+        for (Class patched : { base, host, below, sibling })
+            EXPECT_NSEQ(HookAnswer, describeOn(patched, row.classSide)) << row.name << ", " << class_getName(patched);
+        EXPECT_NSEQ(BaseAnswer, row.classSide ? [below providerOnlyClassMethod] : [[[[below alloc] init] autorelease] providerOnly]) << row.name;
+        EXPECT_EQ(0u, [LVLoggedLines() count]) << row.name;
+    }
     // A second time hands back the replacement the first one installed.
-    IMP replacement = method_getImplementation(class_getInstanceMethod([RPSwizzleTwice class], @selector(LVdescribe)));
-    IMP original = method_getImplementation(class_getInstanceMethod([RPSwizzleTwice class], @selector(describe)));
-    EXPECT_EQ(original, [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]]);
-    EXPECT_EQ(replacement, [utilities swizzleInstanceMethod:@"describe" forClass:[RPSwizzleTwice class]]);
-    EXPECT_NSEQ(HookAnswer, [[[[RPSwizzleTwice alloc] init] autorelease] describe]);
+    Class twice = NSClassFromString(@"RPSwizzle0Base");
+    IMP hook = method_getImplementation(class_getInstanceMethod(twice, @selector(LVdescribe)));
+    EXPECT_EQ(hook, [utilities swizzleInstanceMethod:@"describe" forClass:twice]);
 }
 
 TEST_F(RuntimePatching, SwizzlingTakesAMissingHookFromTheClassNamedWithTheProviderSuffix)
 {
-    Class host = makeClass("RPSwizzleFromProvider", [NSObject class], [RPSwizzleHostMethods class]);
+    Class host = makeClass("RPSwizzleFromProvider", [NSObject class], { [RPSwizzleNoHook class] });
     ASSERT_TRUE(host != Nil);
     IMP previous = [utilities swizzleInstanceMethod:@"describe" forClass:host];
     IMP previousClass = [utilities swizzleClassMethod:@"classDescribe" forClass:host];
@@ -486,7 +484,7 @@ void countingRegisterBundle(id self, SEL _cmd)
 
 NSString *versionLine(id className)
 {
-    NSBundle *bundle = [NSBundle bundleWithPath:@LORVANE_BUNDLE_PATH];
+    NSBundle *bundle = [NSBundle bundleWithPath:LVPluginBundlePath()];
     return [NSString stringWithFormat:@"[Lorvane] Loaded %@ bundle %@", className, [bundle objectForInfoDictionaryKey:@"CFBundleVersion"]];
 }
 

@@ -46,6 +46,8 @@ NSString *LVPreferencesFilePath(void);
 
 /* Loads the built bundle once per process, as Mail loads plug-ins; YES when it loaded. */
 BOOL LVLoadPluginBundle(void);
+/* Where the bundle loaded from. */
+NSString *LVPluginBundlePath(void);
 /* A class of the loaded plug-in, by name: the bundle is never linked in. */
 Class LVPluginClass(const char *name);
 

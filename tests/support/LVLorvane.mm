@@ -5,6 +5,7 @@
 #include <objc/runtime.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <unistd.h>
 
 NSString *const LVPreferencesFileName = @"org.lorvane.mailbundle.plist";
@@ -13,6 +14,9 @@ static NSString *temporaryRoot;
 static MHMailSession *session;
 static NSMutableArray *loggedLines;
 static MHMailStore *sampleStore;
+// The bundle the tests load: the build's own, or another build of the plug-in given as
+// "--bundle=<path>".
+static NSString *pluginBundlePath = @LORVANE_BUNDLE_PATH;
 
 #pragma mark The process
 
@@ -76,10 +80,15 @@ BOOL LVLoadPluginBundle(void)
     if (!started) {
         started = YES;
         [session setRecentItemsLimit:10];
-        [session addBundlePath:@LORVANE_BUNDLE_PATH];
+        [session addBundlePath:pluginBundlePath];
         loaded = [session start];
     }
     return loaded;
+}
+
+NSString *LVPluginBundlePath(void)
+{
+    return pluginBundlePath;
 }
 
 Class LVPluginClass(const char *name)
@@ -352,6 +361,10 @@ int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    for (int i = 1; i < argc; i++) {
+        if (strncmp(argv[i], "--bundle=", 9) == 0)
+            pluginBundlePath = [[NSString alloc] initWithUTF8String:argv[i] + 9];
+    }
     char pattern[] = "/tmp/lorvane-test-XXXXXX";
     temporaryRoot = [[NSString alloc] initWithUTF8String:mkdtemp(pattern)];
     session = [[MHMailSession alloc] initWithPrivateFolder:temporaryRoot];
