@@ -24,9 +24,7 @@
 
 - (id)initWithSortType:(int)sortType;
 
-/* Changing the sort type reads every filed record's key again and invalidates the order. */
 - (int)sortType;
-- (void)setSortType:(int)sortType;
 
 /* NO while a record without a date is filed where dates order the list. */
 - (BOOL)keysEveryRecord;

@@ -41,7 +41,7 @@ struct LVEvictionOrderState {
 
     void readKey(Ranked &ranked)
     {
-        if (sortType == LVSortByAccesses) {
+        if (LVRecordKeyOfSortType(sortType, YES) == LVRecordKeyAccesses) {
             ranked.key = [ranked.record accesses];
             ranked.keyValid = true;
             return;
@@ -185,21 +185,6 @@ struct LVEvictionOrderState {
 - (int)sortType
 {
     return _state->sortType;
-}
-
-- (void)setSortType:(int)sortType
-{
-    if (sortType == _state->sortType)
-        return;
-    _state->sortType = sortType;
-    _state->recordsWithoutKey = 0;
-    for (Ranked &ranked : _state->slots) {
-        if (ranked.record == nil)
-            continue;
-        _state->readKey(ranked);
-        _state->countKey(ranked, +1);
-    }
-    _state->current = false;
 }
 
 - (BOOL)keysEveryRecord

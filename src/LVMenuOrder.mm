@@ -70,11 +70,6 @@ struct Known {
     bool needsPlace = false; // to be placed again in the menu order
 };
 
-int menuSortType(int sortType)
-{
-    return sortType == LVSortByDate || sortType == LVSortByAccesses ? sortType : LVSortByName;
-}
-
 } // namespace
 
 struct LVMenuOrderState {
@@ -87,7 +82,7 @@ struct LVMenuOrderState {
     std::unordered_map<std::u16string, std::vector<LVListSlot>> runs;
     std::unordered_set<std::u16string> runsToName;
     std::unordered_set<std::u16string> runsWithShownTies;
-    int sortType = -1;
+    int key = -1; // the LVRecordKey that orders the menus; none before the first ordering
     bool forgetAll = true;
 
     void forget(LVListSlot slot)
@@ -176,7 +171,7 @@ struct LVMenuOrderState {
             }
             if (entry.touches != state.touches) {
                 entry.touches = state.touches;
-                entry.needsPlace = entry.needsPlace || sortType != LVSortByName;
+                entry.needsPlace = entry.needsPlace || key != LVRecordKeyName;
             }
             if (names[index] != entry.mailName.text && ![names[index] isEqualToString:entry.mailName.text])
                 rename(state.slot, names[index]);
@@ -250,7 +245,7 @@ struct LVMenuOrderState {
         entry.shownName = name;
         [entry.shownName.text retain];
         [entry.shownName.folded retain];
-        entry.needsPlace = entry.needsPlace || sortType == LVSortByName;
+        entry.needsPlace = entry.needsPlace || key == LVRecordKeyName;
     }
 
     void askForFacts(id<LVMailboxDescribing> describer)
@@ -272,7 +267,7 @@ struct LVMenuOrderState {
     bool before(LVListSlot a, LVListSlot b) const
     {
         const Known &x = known[a], &y = known[b];
-        if (sortType != LVSortByName) {
+        if (key != LVRecordKeyName) {
             if (x.sortKey != y.sortKey)
                 return x.sortKey > y.sortKey;
         } else {
@@ -288,7 +283,7 @@ struct LVMenuOrderState {
 
     double sortKeyOf(LorvaneMailbox *record) const
     {
-        if (sortType == LVSortByAccesses)
+        if (key == LVRecordKeyAccesses)
             return [record accesses];
         return [[record date] timeIntervalSinceReferenceDate];
     }
@@ -297,7 +292,7 @@ struct LVMenuOrderState {
     // reordered: they are placed again with the records whose keys changed.
     void place()
     {
-        if (sortType == LVSortByName) {
+        if (key == LVRecordKeyName) {
             for (const std::u16string &name : runsWithShownTies) {
                 for (LVListSlot slot : runs[name])
                     known[slot].needsPlace = true;
@@ -310,7 +305,7 @@ struct LVMenuOrderState {
             Known &entry = known[slot];
             if (!entry.live || !entry.needsPlace)
                 continue;
-            if (sortType != LVSortByName)
+            if (key != LVRecordKeyName)
                 entry.sortKey = sortKeyOf(entry.record);
             order.insert(std::upper_bound(order.begin(), order.end(), slot, [this](LVListSlot a, LVListSlot b) { return before(a, b); }), slot);
             entry.needsPlace = false;
@@ -361,10 +356,11 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     if (!readMailNames(listed, names))
         return NO;
 
-    if ([state.collator followCurrentLocale] || state.sortType != menuSortType(sortType)) {
+    LVRecordKey key = LVRecordKeyOfSortType(sortType, NO);
+    if ([state.collator followCurrentLocale] || state.key != (int)key) {
         state.keyed = [state.collator makesKeys];
         state.forgetEveryone();
-        state.sortType = menuSortType(sortType);
+        state.key = key;
     }
     state.takeListed(listed, names);
     if (state.forgetAll)

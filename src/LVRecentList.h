@@ -1,4 +1,5 @@
 #import <Foundation/Foundation.h>
+#import "LVRecordOrder.h"
 #import "MailInterfaces.h"
 
 #include <stdint.h>
@@ -6,14 +7,6 @@
 @class LorvaneMailbox;
 @class LVEvictionOrder;
 @class LVMenuOrder;
-
-/* How the menus order the list; eviction drops the least used record under LVSortByAccesses
-   and the oldest under every other value. */
-enum {
-    LVSortByName = 0,
-    LVSortByDate = 1,
-    LVSortByAccesses = 2,
-};
 
 /* Names one listed record for as long as it stays listed; the number may name another
    record once this one has left. */
@@ -57,17 +50,15 @@ typedef struct {
 
 - (id)initWithSortType:(int)sortType;
 
-/* The sort type whose eviction order the list keeps; changing it files every record again. */
+/* The sort type whose eviction order the list keeps. */
 - (int)sortType;
-- (void)setSortType:(int)sortType;
 
 /* YES while the list keeps its eviction order: each mailbox listed once, every record with a
    mailbox and, where dates order the list, a date. */
 - (BOOL)isIndexed;
 
-/* The first record, in list order, whose mailbox is this very object; nil when none is. */
-- (LorvaneMailbox *)recordWithMailbox:(id<LVMailboxUid>)mailbox;
-/* Its index, or -1. */
+/* The index of the first record, in list order, whose mailbox is this very object; -1 when
+   none is. */
 - (int)indexOfMailbox:(id<LVMailboxUid>)mailbox;
 
 /* One more use of the first record that holds the mailbox, dated `date`; it keeps its place.
@@ -79,6 +70,9 @@ typedef struct {
 - (void)sortInEvictionOrder;
 /* The same, then the last record removed. The list must not be empty. */
 - (void)removeLastRecordInEvictionOrder;
+/* The list sorted in eviction order, then YES when `record` ranks before its last record.
+   The list must not be empty. */
+- (BOOL)ranksBeforeLastRecordInEvictionOrder:(LorvaneMailbox *)record;
 
 /* The listed records, front first; `states` holds room for -count. */
 - (void)getSlotStates:(LVListSlotState *)states;

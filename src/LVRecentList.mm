@@ -1,4 +1,5 @@
 #import "LVRecentList.h"
+#import "LVRecordOrder.h"
 #import "LVEvictionOrder.h"
 #import "LVMenuOrder.h"
 #import "LorvaneMailbox.h"
@@ -158,7 +159,7 @@ struct LVRecentListState {
 
 static SEL evictionComparator(int sortType)
 {
-    return sortType == LVSortByAccesses ? @selector(sortCompareAccesses:) : @selector(sortCompareDate:);
+    return LVComparatorOfRecordKey(LVRecordKeyOfSortType(sortType, YES));
 }
 
 // The exception a plain array raises for an index past its last element.
@@ -309,20 +310,9 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     return [_evictionOrder sortType];
 }
 
-- (void)setSortType:(int)sortType
-{
-    [_evictionOrder setSortType:sortType];
-}
-
 - (BOOL)isIndexed
 {
     return _state->mailboxesIndexable() && [_evictionOrder keysEveryRecord];
-}
-
-- (LorvaneMailbox *)recordWithMailbox:(id<LVMailboxUid>)mailbox
-{
-    long slot = _state->slotHolding(mailbox);
-    return slot >= 0 ? _state->entries[(LVListSlot)slot].record : nil;
 }
 
 - (int)indexOfMailbox:(id<LVMailboxUid>)mailbox
@@ -367,6 +357,15 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 {
     [self sortInEvictionOrder];
     [self removeLastObject];
+}
+
+- (BOOL)ranksBeforeLastRecordInEvictionOrder:(LorvaneMailbox *)record
+{
+    [self sortInEvictionOrder];
+    LorvaneMailbox *last = [self lastObject];
+    SEL comparator = evictionComparator([self sortType]);
+    IMP compare = [last methodForSelector:comparator];
+    return ((NSComparisonResult(*)(id, SEL, id))compare)(last, comparator, record) == NSOrderedDescending;
 }
 
 - (void)getSlotStates:(LVListSlotState *)states

@@ -1,4 +1,5 @@
 #import "LVRecentSubmenu.h"
+#import "LVShortestEdit.h"
 
 #include <algorithm>
 #include <vector>
@@ -14,15 +15,12 @@ struct LVShownRows {
     std::vector<Row> rows; // top to bottom
     std::vector<NSUInteger> freeItems;
     NSUInteger itemCount = 0;
+    std::vector<BOOL> oldKept, newKept; // the last edit's marks, kept so that an opening allocates none
 };
 
 namespace {
 
 using Shown = LVShownRows::Row;
-
-// Past this many rows going or coming, the smallest edit costs more to find than the
-// toolkit's work it saves: the rows between the unchanged ends are all replaced.
-const int LVLargestSearchedEdit = 64;
 
 bool sameText(NSString *a, NSString *b)
 {
@@ -35,53 +33,15 @@ bool sameRow(const Shown &shown, const LVMenuRow &row)
         && sameText(shown.toolTip, row.toolTip);
 }
 
-// Which rows of `old` stay and which of `now` are already there, by the shortest edit between
-// them (Myers' greedy search, which costs in proportion to the rows that change); NO when
-// that edit is longer than the search goes.
-bool findShortestEdit(const Shown *old, int oldCount, const LVMenuRow *now, int newCount, std::vector<bool> &oldKept,
-    std::vector<bool> &newKept)
+struct Rows {
+    const Shown *old;
+    const LVMenuRow *now;
+};
+
+BOOL rowsMatch(const void *context, NSUInteger oldIndex, NSUInteger newIndex)
 {
-    int longest = std::min(oldCount + newCount, LVLargestSearchedEdit);
-    std::vector<int> furthest(2 * (size_t)longest + 3, 0);
-    auto reach = [&](int diagonal) -> int & { return furthest[(size_t)(diagonal + longest + 1)]; };
-    // trace[d][k + d]: how far diagonal k reached after d rows went or came.
-    std::vector<std::vector<int>> trace;
-    for (int edits = 0; edits <= longest; edits++) {
-        for (int diagonal = -edits; diagonal <= edits; diagonal += 2) {
-            bool fromAbove = diagonal == -edits || (diagonal != edits && reach(diagonal - 1) < reach(diagonal + 1));
-            int x = fromAbove ? reach(diagonal + 1) : reach(diagonal - 1) + 1;
-            int y = x - diagonal;
-            while (x < oldCount && y < newCount && sameRow(old[x], now[y]))
-                x++, y++;
-            reach(diagonal) = x;
-            if (x < oldCount || y < newCount)
-                continue;
-            // Found: walk back, marking the rows on diagonals as staying.
-            if (x != oldCount || y != newCount)
-                return false;
-            for (int d = edits; d > 0; d--) {
-                const std::vector<int> &before = trace[(size_t)d - 1];
-                auto reached = [&](int k) { return before[(size_t)(k + d - 1)]; };
-                int k = x - y;
-                bool down = k == -d || (k != d && reached(k - 1) < reached(k + 1));
-                int previousK = down ? k + 1 : k - 1;
-                int previousX = reached(previousK);
-                int previousY = previousX - previousK;
-                for (int middleX = down ? previousX : previousX + 1; x > middleX; x--, y--) {
-                    if (x > oldCount || y > newCount || y < 1)
-                        return false;
-                    oldKept[(size_t)x - 1] = newKept[(size_t)y - 1] = true;
-                }
-                x = previousX;
-                y = previousY;
-            }
-            for (; x > 0 && y > 0; x--, y--)
-                oldKept[(size_t)x - 1] = newKept[(size_t)y - 1] = true;
-            return true;
-        }
-        trace.emplace_back(&reach(-edits), &reach(edits) + 1);
-    }
-    return false;
+    const Rows *rows = (const Rows *)context;
+    return sameRow(rows->old[oldIndex], rows->now[newIndex]);
 }
 
 // The item a newcomer shows: a record that goes and comes back keeps its own, any other
@@ -102,8 +62,8 @@ NSUInteger itemForRecord(LVShownRows &shown, LorvaneMailbox *record, std::vector
 
 // Rows go from the bottom up and come from the top down, so that each index still to be
 // used stays right.
-void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteger count, const std::vector<bool> &oldKept,
-    const std::vector<bool> &newKept, NSArray *items)
+void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteger count, const BOOL *oldKept,
+    const BOOL *newKept, NSArray *items)
 {
     std::vector<LorvaneMailbox *> coming;
     for (size_t index = 0; index < count; index++) {
@@ -159,10 +119,12 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
 
 @implementation LVRecentSubmenu
 
-- (id)initWithTitle:(NSString *)title
+- (id)initWithTitle:(NSString *)title itemAction:(SEL)action
 {
     if (nil == (self = [super initWithTitle:title]))
         return nil;
+    _itemAction = action;
+    _premadeItems = [[NSMutableArray alloc] init];
     _shown = new LVShownRows;
     return self;
 }
@@ -171,7 +133,44 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
 {
     [self lv_forgetRows];
     delete _shown;
+    [_premadeItems release];
     [super dealloc];
+}
+
+- (NSMutableArray *)premadeItems
+{
+    return _premadeItems;
+}
+
+- (void)makePremadeItems:(int)count
+{
+    if (count <= 0)
+        return;
+    NSMenuItem *pattern = [[NSMenuItem alloc] initWithTitle:@"" action:_itemAction keyEquivalent:@""];
+    [_premadeItems addObject:pattern];
+    [pattern release];
+    for (int i = 1; i < count; i++) {
+        NSMenuItem *item = [pattern copy];
+        [_premadeItems addObject:item];
+        [item release];
+    }
+}
+
+- (void)addSeparator
+{
+    [self addItem:[NSMenuItem separatorItem]];
+}
+
+- (NSMenuItem *)addClearItemTitled:(NSString *)title
+{
+    _clearItem = (NSMenuItem *)[self addItemWithTitle:title action:@selector(clearRecentMenus:) keyEquivalent:@""];
+    [_clearItem setEnabled:NO];
+    return _clearItem;
+}
+
+- (NSMenuItem *)clearItem
+{
+    return _clearItem;
 }
 
 - (void)lv_forgetRows
@@ -196,49 +195,37 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
     _shown->itemCount = itemCount;
 }
 
-- (void)showRows:(const LVMenuRow *)rows count:(NSUInteger)count items:(NSArray *)items
+- (void)showRows:(const LVMenuRow *)rows count:(NSUInteger)count
 {
-    NSUInteger itemCount = [items count];
+    NSUInteger itemCount = [_premadeItems count];
     count = std::min(count, itemCount);
     if (itemCount != _shown->itemCount || (NSUInteger)[self numberOfItems] != _shown->rows.size() + 2)
         [self lv_startAgainWithItemCount:itemCount];
 
-    // The unchanged rows at both ends need no search.
     size_t oldCount = _shown->rows.size();
-    size_t first = 0;
-    while (first < oldCount && first < count && sameRow(_shown->rows[first], rows[first]))
-        first++;
-    size_t oldEnd = oldCount, newEnd = count;
-    while (oldEnd > first && newEnd > first && sameRow(_shown->rows[oldEnd - 1], rows[newEnd - 1]))
-        oldEnd--, newEnd--;
-    if (first == oldEnd && first == newEnd)
+    std::vector<BOOL> &oldKept = _shown->oldKept, &newKept = _shown->newKept;
+    oldKept.resize(oldCount);
+    newKept.resize(count);
+    Rows both = { _shown->rows.data(), rows };
+    if ([LVShortestEdit markRowsKeptFrom:oldCount to:count match:rowsMatch context:&both oldKept:oldKept.data() newKept:newKept.data()] == 0)
         return;
-
-    std::vector<bool> oldKept(oldCount, true), newKept(count, true);
-    std::fill(oldKept.begin() + (long)first, oldKept.begin() + (long)oldEnd, false);
-    std::fill(newKept.begin() + (long)first, newKept.begin() + (long)newEnd, false);
-    std::vector<bool> middleOldKept(oldEnd - first, false), middleNewKept(newEnd - first, false);
-    if (findShortestEdit(_shown->rows.data() + first, (int)(oldEnd - first), rows + first, (int)(newEnd - first), middleOldKept, middleNewKept)) {
-        std::copy(middleOldKept.begin(), middleOldKept.end(), oldKept.begin() + (long)first);
-        std::copy(middleNewKept.begin(), middleNewKept.end(), newKept.begin() + (long)first);
-    }
-    applyEdit(self, *_shown, rows, count, oldKept, newKept, items);
+    applyEdit(self, *_shown, rows, count, oldKept.data(), newKept.data(), _premadeItems);
 }
 
-- (void)setItem:(NSMenuItem *)item enabled:(BOOL)enabled
+- (void)setClearItemEnabled:(BOOL)enabled
 {
-    if ([item isEnabled] == enabled)
+    if (_clearItem == nil || [_clearItem isEnabled] == enabled)
         return;
-    NSInteger index = [self indexOfItem:item];
+    NSInteger index = [self indexOfItem:_clearItem];
     if (index < 0) {
-        [item setEnabled:enabled];
+        [_clearItem setEnabled:enabled];
         return;
     }
-    [item retain];
+    [_clearItem retain];
     [self removeItemAtIndex:index];
-    [item setEnabled:enabled];
-    [self insertItem:item atIndex:index];
-    [item release];
+    [_clearItem setEnabled:enabled];
+    [self insertItem:_clearItem atIndex:index];
+    [_clearItem release];
 }
 
 @end

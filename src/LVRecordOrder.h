@@ -1,0 +1,24 @@
+#import <Foundation/Foundation.h>
+
+/* The sort types the preferences file names. */
+enum {
+    LVSortByName = 0,
+    LVSortByDate = 1,
+    LVSortByAccesses = 2,
+};
+
+/* What orders records: their shown names by the user's locale (then their exact spelling),
+   newest first, or most used first. */
+typedef enum {
+    LVRecordKeyName,
+    LVRecordKeyDate,
+    LVRecordKeyAccesses,
+} LVRecordKey;
+
+/* The key that orders a sort type's menus or, `forEviction`, the order whose last record
+   eviction drops: by use under LVSortByAccesses, by age under every other type, the order by
+   name included. Menus of an unknown sort type are ordered by name. */
+LVRecordKey LVRecordKeyOfSortType(int sortType, BOOL forEviction);
+/* The records' comparator for a key, for -sortUsingSelector:. */
+SEL LVComparatorOfRecordKey(LVRecordKey key);
+
