@@ -1,4 +1,5 @@
 #import <AppKit/AppKit.h>
+#import "LVRecentList.h"
 #import "MailInterfaces.h"
 
 @class LorvaneMailbox;
@@ -35,10 +36,13 @@ typedef struct {
  * account, folder and icon are asked again when its record is new, when its name changed,
  * and after -forgetWhatMailSaid.
  */
-@interface LVMenuOrder : NSObject
+@interface LVMenuOrder : NSObject <LVRecentListObserver>
 {
+    LVRecentList *_list;             // not retained: the list owns this order
     struct LVMenuOrderState *_state; // owned
 }
+
+- (id)initWithList:(LVRecentList *)list;
 
 /* Puts the list in the order the menus show under the sort type and gives its records their
    names, as the full name pass and sorts would. Answers NO, having changed nothing, when a

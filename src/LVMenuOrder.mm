@@ -54,11 +54,16 @@ void clearName(Name &name)
     name = Name();
 }
 
+// One listed record as an opening finds it.
+struct Listed {
+    LVListSlot slot;
+    LorvaneMailbox *record;
+    id<LVMailboxUid> mailbox;
+};
+
 // What the menu order remembers of one listed record.
 struct Known {
     bool live = false;
-    uint32_t generation = 0;
-    uint32_t touches = 0;
     LorvaneMailbox *record = nil;
     id<LVMailboxUid> mailbox = nil;
     Name mailName;           // Mail's name of the mailbox: the first sort, and runs
@@ -78,6 +83,8 @@ struct LVMenuOrderState {
     std::vector<Known> known;      // by slot
     std::vector<LVListSlot> order; // the menu order
     std::vector<size_t> position;  // by slot: where the record stands in the list
+    // By slot, since the last opening: another record listed there, the record's key changed.
+    std::vector<bool> listedAnew, touched;
     // Records whose mailboxes share Mail's name, by that name.
     std::unordered_map<std::u16string, std::vector<LVListSlot>> runs;
     std::unordered_set<std::u16string> runsToName;
@@ -105,12 +112,10 @@ struct LVMenuOrderState {
         order.clear();
     }
 
-    void learn(const LVListSlotState &listed, NSString *mailName)
+    void learn(const Listed &listed, NSString *mailName)
     {
         Known &known = this->known[listed.slot];
         known.live = true;
-        known.generation = listed.generation;
-        known.touches = listed.touches;
         known.record = listed.record;
         known.mailbox = listed.mailbox;
         setName(known.mailName, mailName, collator);
@@ -150,11 +155,11 @@ struct LVMenuOrderState {
     }
 
     // Who is listed now, under which names; records that left are forgotten.
-    void takeListed(const std::vector<LVListSlotState> &listed, const std::vector<NSString *> &names)
+    void takeListed(const std::vector<Listed> &listed, const std::vector<NSString *> &names)
     {
         std::vector<bool> seen(known.size(), false);
         for (size_t index = 0; index < listed.size(); index++) {
-            const LVListSlotState &state = listed[index];
+            const Listed &state = listed[index];
             if (state.slot >= known.size()) {
                 known.resize(state.slot + 1);
                 position.resize(state.slot + 1);
@@ -163,14 +168,13 @@ struct LVMenuOrderState {
             position[state.slot] = index;
             seen[state.slot] = true;
             Known &entry = known[state.slot];
-            if (!entry.live || entry.generation != state.generation) {
+            if (!entry.live || listedAnew[state.slot]) {
                 if (entry.live)
                     forget(state.slot);
                 learn(state, names[index]);
                 continue;
             }
-            if (entry.touches != state.touches) {
-                entry.touches = state.touches;
+            if (touched[state.slot]) {
                 entry.needsPlace = entry.needsPlace || key != LVRecordKeyName;
             }
             if (names[index] != entry.mailName.text && ![names[index] isEqualToString:entry.mailName.text])
@@ -314,7 +318,7 @@ struct LVMenuOrderState {
 };
 
 // Mail's name of every listed mailbox, or NO when one has none.
-static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vector<NSString *> &names)
+static BOOL readMailNames(const std::vector<Listed> &listed, std::vector<NSString *> &names)
 {
     for (size_t index = 0; index < listed.size(); index++) {
         names[index] = [listed[index].mailbox displayName];
@@ -326,10 +330,11 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
 
 @implementation LVMenuOrder
 
-- (id)init
+- (id)initWithList:(LVRecentList *)list
 {
     if (nil == (self = [super init]))
         return nil;
+    _list = list;
     _state = new LVMenuOrderState;
     _state->collator = [[LVCollator alloc] init];
     return self;
@@ -350,8 +355,12 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     if (![list isIndexed])
         return NO;
     LVMenuOrderState &state = *_state;
-    std::vector<LVListSlotState> listed([list count]);
-    [list getSlotStates:listed.data()];
+    std::vector<Listed> listed([list count]);
+    const LVListSlot *slots = [list slots];
+    for (size_t index = 0; index < listed.size(); index++) {
+        LorvaneMailbox *record = [list recordInSlot:slots[index]];
+        listed[index] = Listed { slots[index], record, [record uid] };
+    }
     std::vector<NSString *> names(listed.size());
     if (!readMailNames(listed, names))
         return NO;
@@ -369,7 +378,9 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
     state.nameRuns(describer);
     state.askForFacts(describer);
     state.place();
-    [list reorderBySlots:state.order.data() count:state.order.size()];
+    std::fill(state.listedAnew.begin(), state.listedAnew.end(), false);
+    std::fill(state.touched.begin(), state.touched.end(), false);
+    [list reorderBySlots:state.order.data()];
     return YES;
 }
 
@@ -386,6 +397,33 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
 - (void)forgetWhatMailSaid
 {
     _state->forgetAll = true;
+}
+
+#pragma mark What the list tells
+
+// Only noted here: the next opening learns the record.
+- (void)recentList:(LVRecentList *)list didListSlot:(LVListSlot)slot atIndex:(NSUInteger)index
+{
+    if (slot >= _state->listedAnew.size()) {
+        _state->listedAnew.resize(slot + 1, false);
+        _state->touched.resize(slot + 1, false);
+    }
+    _state->listedAnew[slot] = true;
+}
+
+// A slot not listed at the next opening is forgotten then.
+- (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot
+{
+}
+
+- (void)recentList:(LVRecentList *)list didTouchSlot:(LVListSlot)slot
+{
+    _state->touched[slot] = true;
+}
+
+// Every opening reads the list's order afresh.
+- (void)recentListDidReorder:(LVRecentList *)list
+{
 }
 
 @end

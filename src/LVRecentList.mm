@@ -1,5 +1,4 @@
 #import "LVRecentList.h"
-#import "LVRecordOrder.h"
 #import "LVEvictionOrder.h"
 #import "LVMenuOrder.h"
 #import "LorvaneMailbox.h"
@@ -10,13 +9,7 @@
 
 namespace {
 
-struct Entry {
-    LorvaneMailbox *record = nil;   // retained while listed
-    id<LVMailboxUid> mailbox = nil; // the record's mailbox when it was listed
-    uint32_t generation = 0;
-    uint32_t touches = 0;
-};
-
+// A listed mailbox, known by the address of Mail's object.
 struct Listing {
     LVListSlot slot; // the first record, in list order, that holds the mailbox
     uint32_t count;
@@ -24,8 +17,9 @@ struct Listing {
 
 } // namespace
 
+// What the list keeps beside its records: plain values only.
 struct LVRecentListState {
-    std::vector<Entry> entries; // by slot
+    std::vector<const void *> mailboxBySlot; // the record's mailbox when it was listed
     std::vector<LVListSlot> freeSlots;
     std::vector<LVListSlot> order; // the list, front first
     std::unordered_map<const void *, Listing> listings;
@@ -37,28 +31,30 @@ struct LVRecentListState {
         return mailboxesListedTwice == 0 && recordsWithoutMailbox == 0;
     }
 
-    void countMailbox(LVListSlot slot, const Entry &entry)
+    void countMailbox(LVListSlot slot)
     {
-        if (entry.mailbox == nil) {
+        const void *mailbox = mailboxBySlot[slot];
+        if (mailbox == nullptr) {
             recordsWithoutMailbox++;
             return;
         }
-        auto found = listings.find((const void *)entry.mailbox);
+        auto found = listings.find(mailbox);
         if (found == listings.end()) {
-            listings[(const void *)entry.mailbox] = Listing { slot, 1 };
+            listings[mailbox] = Listing { slot, 1 };
             return;
         }
         if (found->second.count++ == 1)
             mailboxesListedTwice++;
     }
 
-    void uncountMailbox(LVListSlot slot, const Entry &entry)
+    void uncountMailbox(LVListSlot slot)
     {
-        if (entry.mailbox == nil) {
+        const void *mailbox = mailboxBySlot[slot];
+        if (mailbox == nullptr) {
             recordsWithoutMailbox--;
             return;
         }
-        auto found = listings.find((const void *)entry.mailbox);
+        auto found = listings.find(mailbox);
         if (--found->second.count == 0) {
             listings.erase(found);
             return;
@@ -66,29 +62,26 @@ struct LVRecentListState {
         if (found->second.count == 1)
             mailboxesListedTwice--;
         if (found->second.slot == slot)
-            found->second.slot = firstSlotHolding(entry.mailbox, slot);
+            found->second.slot = firstSlotHolding(mailbox, slot);
     }
 
-    LVListSlot firstSlotHolding(id<LVMailboxUid> mailbox, LVListSlot except)
+    LVListSlot firstSlotHolding(const void *mailbox, LVListSlot except) const
     {
         for (LVListSlot slot : order) {
-            if (slot != except && entries[slot].mailbox == mailbox)
+            if (slot != except && mailboxBySlot[slot] == mailbox)
                 return slot;
         }
         return except;
     }
 
     // The slot of the first record holding the mailbox, or -1.
-    long slotHolding(id<LVMailboxUid> mailbox)
+    long slotHolding(const void *mailbox) const
     {
-        if (mailbox == nil) {
-            for (LVListSlot slot : order) {
-                if (entries[slot].mailbox == nil)
-                    return slot;
-            }
-            return -1;
+        if (mailbox == nullptr) {
+            auto found = std::find_if(order.begin(), order.end(), [this](LVListSlot slot) { return mailboxBySlot[slot] == nullptr; });
+            return found != order.end() ? (long)*found : -1;
         }
-        auto found = listings.find((const void *)mailbox);
+        auto found = listings.find(mailbox);
         if (found == listings.end())
             return -1;
         // Of a mailbox listed twice, the first listing is the one nearest the front.
@@ -98,69 +91,14 @@ struct LVRecentListState {
     LVListSlot takeSlot()
     {
         if (freeSlots.empty()) {
-            entries.emplace_back();
-            return (LVListSlot)(entries.size() - 1);
+            mailboxBySlot.push_back(nullptr);
+            return (LVListSlot)(mailboxBySlot.size() - 1);
         }
         LVListSlot slot = freeSlots.back();
         freeSlots.pop_back();
         return slot;
     }
-
-    void insert(LorvaneMailbox *record, size_t index, LVEvictionOrder *eviction)
-    {
-        LVListSlot slot = takeSlot();
-        Entry &entry = entries[slot];
-        entry.record = [record retain];
-        entry.mailbox = [record uid];
-        entry.generation++;
-        entry.touches = 0;
-        countMailbox(slot, entry);
-        order.insert(order.begin() + (long)index, slot);
-        if (!mailboxesIndexable())
-            [eviction invalidate];
-        [eviction fileRecord:record inSlot:slot atIndex:index ofList:order.data() count:order.size()];
-    }
-
-    // The record leaves the list's notes; the caller releases it.
-    LorvaneMailbox *remove(size_t index, LVEvictionOrder *eviction)
-    {
-        LVListSlot slot = order[index];
-        Entry &entry = entries[slot];
-        [eviction unfileSlot:slot];
-        order.erase(order.begin() + (long)index);
-        uncountMailbox(slot, entry);
-        LorvaneMailbox *record = entry.record;
-        entry.record = nil;
-        entry.mailbox = nil;
-        freeSlots.push_back(slot);
-        return record;
-    }
-
-    // A listed record's count or date changed: it is filed again under its new key.
-    void touch(LVListSlot slot, LVEvictionOrder *eviction)
-    {
-        entries[slot].touches++;
-        [eviction refileSlot:slot ofList:order.data() count:order.size()];
-    }
-
-    void removeAll()
-    {
-        for (LVListSlot slot : order) {
-            [entries[slot].record release];
-            entries[slot].record = nil;
-            entries[slot].mailbox = nil;
-            freeSlots.push_back(slot);
-        }
-        order.clear();
-        listings.clear();
-        mailboxesListedTwice = recordsWithoutMailbox = 0;
-    }
 };
-
-static SEL evictionComparator(int sortType)
-{
-    return LVComparatorOfRecordKey(LVRecordKeyOfSortType(sortType, YES));
-}
 
 // The exception a plain array raises for an index past its last element.
 static void checkIndex(NSUInteger index, NSUInteger count)
@@ -169,6 +107,12 @@ static void checkIndex(NSUInteger index, NSUInteger count)
         [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)count];
 }
 
+@interface LVRecentList (LVSlots)
+- (void)lv_listRecord:(LorvaneMailbox *)record atIndex:(NSUInteger)index;
+- (void)lv_unlistRecordAtIndex:(NSUInteger)index;
+- (void)lv_touchSlot:(LVListSlot)slot;
+@end
+
 @implementation LVRecentList
 
 - (id)initWithSortType:(int)sortType
@@ -176,8 +120,9 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (nil == (self = [super init]))
         return nil;
     _state = new LVRecentListState;
-    _evictionOrder = [[LVEvictionOrder alloc] initWithSortType:sortType];
-    _menuOrder = [[LVMenuOrder alloc] init];
+    _recordsBySlot = [[NSMutableArray alloc] init];
+    _evictionOrder = [[LVEvictionOrder alloc] initWithList:self key:LVRecordKeyOfSortType(sortType, YES)];
+    _menuOrder = [[LVMenuOrder alloc] initWithList:self];
     return self;
 }
 
@@ -205,10 +150,10 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 
 - (void)dealloc
 {
-    _state->removeAll();
-    delete _state;
     [_evictionOrder release];
     [_menuOrder release];
+    [_recordsBySlot release];
+    delete _state;
     [super dealloc];
 }
 
@@ -222,7 +167,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (id)objectAtIndex:(NSUInteger)index
 {
     checkIndex(index, _state->order.size());
-    return _state->entries[_state->order[index]].record;
+    return [_recordsBySlot objectAtIndex:_state->order[index]];
 }
 
 - (void)getObjects:(id *)objects range:(NSRange)range
@@ -230,7 +175,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (NSMaxRange(range) > _state->order.size())
         [NSException raise:NSRangeException format:@"range beyond bounds (%lu)", (unsigned long)_state->order.size()];
     for (NSUInteger i = 0; i < range.length; i++)
-        objects[i] = _state->entries[_state->order[range.location + i]].record;
+        objects[i] = [_recordsBySlot objectAtIndex:_state->order[range.location + i]];
 }
 
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state objects:(id *)buffer count:(NSUInteger)length
@@ -238,8 +183,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     NSUInteger from = state->state;
     NSUInteger count = _state->order.size();
     NSUInteger taken = from < count ? std::min(length, count - from) : 0;
-    for (NSUInteger i = 0; i < taken; i++)
-        buffer[i] = _state->entries[_state->order[from + i]].record;
+    [self getObjects:buffer range:NSMakeRange(from, taken)];
     state->state = from + taken;
     state->itemsPtr = buffer;
     state->mutationsPtr = &_mutations;
@@ -266,7 +210,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (index > _state->order.size())
         [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)_state->order.size()];
     _mutations++;
-    _state->insert(record, index, _evictionOrder);
+    [self lv_listRecord:record atIndex:index];
 }
 
 - (void)addObject:(id)record
@@ -278,8 +222,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 {
     checkIndex(index, _state->order.size());
     _mutations++;
-    // Released only once the notes no longer mention it: its -dealloc may look at the list.
-    [_state->remove(index, _evictionOrder) release];
+    [self lv_unlistRecordAtIndex:index];
 }
 
 - (void)removeLastObject
@@ -299,15 +242,15 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (void)removeAllObjects
 {
     _mutations++;
-    _state->removeAll();
-    [_evictionOrder unfileAll];
+    while (!_state->order.empty())
+        [self lv_unlistRecordAtIndex:_state->order.size() - 1];
 }
 
 #pragma mark The list's own questions
 
-- (int)sortType
+- (LVRecordKey)evictionKey
 {
-    return [_evictionOrder sortType];
+    return [_evictionOrder key];
 }
 
 - (BOOL)isIndexed
@@ -317,7 +260,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 
 - (int)indexOfMailbox:(id<LVMailboxUid>)mailbox
 {
-    long slot = _state->slotHolding(mailbox);
+    long slot = _state->slotHolding((const void *)mailbox);
     if (slot < 0)
         return -1;
     auto found = std::find(_state->order.begin(), _state->order.end(), (LVListSlot)slot);
@@ -326,31 +269,33 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 
 - (LorvaneMailbox *)touchRecordOfMailbox:(id<LVMailboxUid>)mailbox date:(NSDate *)date
 {
-    long slot = _state->slotHolding(mailbox);
+    long slot = _state->slotHolding((const void *)mailbox);
     if (slot < 0)
         return nil;
-    LorvaneMailbox *record = _state->entries[(LVListSlot)slot].record;
+    LorvaneMailbox *record = [_recordsBySlot objectAtIndex:(NSUInteger)slot];
     [record incrementAccesses];
     [record setDate:date];
-    _state->touch((LVListSlot)slot, _evictionOrder);
+    [self lv_touchSlot:(LVListSlot)slot];
     return record;
 }
 
 - (void)incrementAccessesOfRecordAtIndex:(NSUInteger)index
 {
-    LorvaneMailbox *record = [self objectAtIndex:index];
-    [record incrementAccesses];
-    _state->touch(_state->order[index], _evictionOrder);
+    [[self objectAtIndex:index] incrementAccesses];
+    [self lv_touchSlot:_state->order[index]];
 }
 
 - (void)sortInEvictionOrder
 {
     if (![self isIndexed]) {
-        [self sortUsingSelector:evictionComparator([self sortType])];
+        [self sortUsingSelector:LVComparatorOfRecordKey([self evictionKey])];
         return;
     }
-    if ([_evictionOrder sortList:_state->order.data() count:_state->order.size()])
-        _mutations++;
+    if (![_evictionOrder sortSlots:_state->order.data() count:_state->order.size()])
+        return;
+    // The eviction order made this order itself: only the menus' order is told.
+    _mutations++;
+    [_menuOrder recentListDidReorder:self];
 }
 
 - (void)removeLastRecordInEvictionOrder
@@ -363,33 +308,76 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 {
     [self sortInEvictionOrder];
     LorvaneMailbox *last = [self lastObject];
-    SEL comparator = evictionComparator([self sortType]);
+    SEL comparator = LVComparatorOfRecordKey([self evictionKey]);
     IMP compare = [last methodForSelector:comparator];
     return ((NSComparisonResult(*)(id, SEL, id))compare)(last, comparator, record) == NSOrderedDescending;
 }
 
-- (void)getSlotStates:(LVListSlotState *)states
+#pragma mark For the orders
+
+- (const LVListSlot *)slots
 {
-    for (size_t index = 0; index < _state->order.size(); index++) {
-        LVListSlot slot = _state->order[index];
-        const Entry &entry = _state->entries[slot];
-        states[index] = LVListSlotState { slot, entry.generation, entry.touches, entry.record, entry.mailbox };
-    }
+    return _state->order.data();
 }
 
-- (void)reorderBySlots:(const LVListSlot *)slots count:(NSUInteger)count
+- (LorvaneMailbox *)recordInSlot:(LVListSlot)slot
 {
-    NSAssert(count == _state->order.size(), @"a new order must hold every listed record");
-    if (std::equal(slots, slots + count, _state->order.begin()))
+    return [_recordsBySlot objectAtIndex:slot];
+}
+
+- (void)reorderBySlots:(const LVListSlot *)slots
+{
+    if (std::equal(slots, slots + _state->order.size(), _state->order.begin()))
         return;
     _mutations++;
-    _state->order.assign(slots, slots + count);
-    [_evictionOrder listReordered:_state->order.data() count:count];
+    std::copy(slots, slots + _state->order.size(), _state->order.begin());
+    [_evictionOrder recentListDidReorder:self];
+    [_menuOrder recentListDidReorder:self];
 }
 
 - (LVMenuOrder *)menuOrder
 {
     return _menuOrder;
+}
+
+@end
+
+@implementation LVRecentList (LVSlots)
+
+- (void)lv_listRecord:(LorvaneMailbox *)record atIndex:(NSUInteger)index
+{
+    LVListSlot slot = _state->takeSlot();
+    if (slot == [_recordsBySlot count])
+        [_recordsBySlot addObject:record];
+    else
+        [_recordsBySlot replaceObjectAtIndex:slot withObject:record];
+    _state->mailboxBySlot[slot] = (const void *)[record uid];
+    _state->countMailbox(slot);
+    _state->order.insert(_state->order.begin() + (long)index, slot);
+    if (!_state->mailboxesIndexable())
+        [_evictionOrder forgetOrder];
+    [_evictionOrder recentList:self didListSlot:slot atIndex:index];
+    [_menuOrder recentList:self didListSlot:slot atIndex:index];
+}
+
+// The record is released only once the orders no longer mention it: its -dealloc may look
+// at the list.
+- (void)lv_unlistRecordAtIndex:(NSUInteger)index
+{
+    LVListSlot slot = _state->order[index];
+    [_evictionOrder recentList:self didUnlistSlot:slot];
+    [_menuOrder recentList:self didUnlistSlot:slot];
+    _state->order.erase(_state->order.begin() + (long)index);
+    _state->uncountMailbox(slot);
+    _state->mailboxBySlot[slot] = nullptr;
+    _state->freeSlots.push_back(slot);
+    [_recordsBySlot replaceObjectAtIndex:slot withObject:[NSNull null]];
+}
+
+- (void)lv_touchSlot:(LVListSlot)slot
+{
+    [_evictionOrder recentList:self didTouchSlot:slot];
+    [_menuOrder recentList:self didTouchSlot:slot];
 }
 
 @end
