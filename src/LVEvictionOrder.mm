@@ -131,15 +131,6 @@ struct LVEvictionOrderState {
     }
 };
 
-// The record's key: its count, or its date as seconds; NaN for a record without a date.
-static double keyOfRecord(LorvaneMailbox *record, LVRecordKey key)
-{
-    if (key == LVRecordKeyAccesses)
-        return [record accesses];
-    NSDate *date = [record date];
-    return date != nil ? [date timeIntervalSinceReferenceDate] : NAN;
-}
-
 @interface LVEvictionOrder (LVMaking)
 - (void)lv_readKeyOfSlot:(LVListSlot)slot;
 - (void)lv_makeOrderOfSlots:(const LVListSlot *)slots count:(NSUInteger)count;
@@ -232,7 +223,7 @@ static double keyOfRecord(LorvaneMailbox *record, LVRecordKey key)
 
 - (void)lv_readKeyOfSlot:(LVListSlot)slot
 {
-    _state->setKey(slot, keyOfRecord([_list recordInSlot:slot], _key));
+    _state->setKey(slot, LVRecordKeyValue([_list recordInSlot:slot], _key));
 }
 
 // Made again for a list that can be ranked, every key read again, and kept from then on.

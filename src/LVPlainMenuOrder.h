@@ -17,8 +17,8 @@
 /* Names the records, then sorts the list by the sort type. */
 + (void)orderList:(NSMutableArray *)list sortType:(int)sortType describer:(id<LVMailboxDescribing>)describer;
 
-/* The rows of the list as it stands, record k shown by item k when there is one; answers how
-   many. Titles are copies, autoreleased. */
-+ (NSUInteger)getRowsOfList:(NSArray *)list rows:(LVMenuRow *)rows capacity:(NSUInteger)capacity describer:(id<LVMailboxDescribing>)describer;
+/* The LVMenuRow objects of the list as it stands, front first, at most `capacity`; a record
+   without a mailbox has none. */
++ (NSArray *)rowsOfList:(NSArray *)list capacity:(NSUInteger)capacity describer:(id<LVMailboxDescribing>)describer;
 
 @end

@@ -1,4 +1,5 @@
 #import "LVPlainMenuOrder.h"
+#import "LVMenuRow.h"
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
 
@@ -40,22 +41,27 @@
     [list sortUsingSelector:LVComparatorOfRecordKey(LVRecordKeyOfSortType(sortType, NO))];
 }
 
-// A list longer than its pre-made items (a negative limit lets it grow) shows the records that
-// have one.
-+ (NSUInteger)getRowsOfList:(NSArray *)list rows:(LVMenuRow *)rows capacity:(NSUInteger)capacity describer:(id<LVMailboxDescribing>)describer
+// Record k takes item k whether or not the records before it could be shown; a list longer
+// than its pre-made items (a negative limit lets it grow) shows the records that have one.
++ (NSArray *)rowsOfList:(NSArray *)list capacity:(NSUInteger)capacity describer:(id<LVMailboxDescribing>)describer
 {
-    NSUInteger count = 0;
+    NSMutableArray *rows = [NSMutableArray arrayWithCapacity:MIN([list count], capacity)];
     NSUInteger k = 0;
     for (LorvaneMailbox *record in list) {
         id<LVMailboxUid> uid = [record uid];
-        if (uid == nil)
+        if (uid == nil) {
             NSLog(@"[Lorvane:updateMenus] invalid recentMailbox UID while updating menus.");
-        else if (k < capacity)
-            rows[count++] = LVMenuRow { record, [[([record displayName] ?: @"[error: NULL mailboxName]") copy] autorelease],
-                [describer lv_toolTipForMailbox:uid], [describer lv_iconForMailbox:uid] };
+        } else if (k < capacity) {
+            LVMenuRow *row = [[LVMenuRow alloc] initWithRecord:record
+                                                         title:[record displayName] ?: @"[error: NULL mailboxName]"
+                                                       toolTip:[describer lv_toolTipForMailbox:uid]
+                                                          icon:[describer lv_iconForMailbox:uid]];
+            [rows addObject:row];
+            [row release];
+        }
         k++;
     }
-    return count;
+    return rows;
 }
 
 @end

@@ -81,10 +81,15 @@ typedef uint32_t LVListSlot;
 - (BOOL)ranksBeforeLastRecordInEvictionOrder:(LorvaneMailbox *)record;
 
 /* For the orders: the listed slots, front first, valid until the next change (-count of them);
-   the record in a listed slot; the records put in the order of the slots given, every listed
-   slot once. */
+   the record in a listed slot; the records in bulk; the records put in the order of the slots
+   given, every listed slot once. */
 - (const LVListSlot *)slots;
 - (LorvaneMailbox *)recordInSlot:(LVListSlot)slot;
+/* One more than the highest slot the list has used. */
+- (NSUInteger)slotCount;
+/* The listed records and the mailbox each held when it was listed, by slot, into buffers of
+   -slotCount entries each; nil for a free slot. */
+- (void)getRecordsBySlot:(LorvaneMailbox **)records mailboxes:(id<LVMailboxUid> *)mailboxes;
 - (void)reorderBySlots:(const LVListSlot *)slots;
 
 /* The order and names the recent submenus show, kept beside the list from one opening to

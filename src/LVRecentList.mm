@@ -122,7 +122,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     _state = new LVRecentListState;
     _recordsBySlot = [[NSMutableArray alloc] init];
     _evictionOrder = [[LVEvictionOrder alloc] initWithList:self key:LVRecordKeyOfSortType(sortType, YES)];
-    _menuOrder = [[LVMenuOrder alloc] initWithList:self];
+    _menuOrder = [[LVMenuOrder alloc] init];
     return self;
 }
 
@@ -323,6 +323,23 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (LorvaneMailbox *)recordInSlot:(LVListSlot)slot
 {
     return [_recordsBySlot objectAtIndex:slot];
+}
+
+- (NSUInteger)slotCount
+{
+    return [_recordsBySlot count];
+}
+
+// One message for the whole list: an opening reads every record, and a message per record
+// costs it more than the rest of its work on them.
+- (void)getRecordsBySlot:(LorvaneMailbox **)records mailboxes:(id<LVMailboxUid> *)mailboxes
+{
+    [_recordsBySlot getObjects:records range:NSMakeRange(0, [_recordsBySlot count])];
+    id free = [NSNull null];
+    for (NSUInteger slot = 0; slot < _state->mailboxBySlot.size(); slot++) {
+        mailboxes[slot] = (id<LVMailboxUid>)_state->mailboxBySlot[slot];
+        records[slot] = records[slot] != free ? records[slot] : nil;
+    }
 }
 
 - (void)reorderBySlots:(const LVListSlot *)slots

@@ -1,5 +1,4 @@
 #import <AppKit/AppKit.h>
-#import "LVMenuOrder.h"
 
 /*
  * One of the five recent submenus, with its items: one pre-made item per possible list entry,
@@ -18,7 +17,8 @@
     SEL _itemAction;
     NSMutableArray *_premadeItems; // owned; the items rows are shown with
     NSMenuItem *_clearItem;        // held by the menu; nil until added
-    struct LVShownRows *_shown;    // owned
+    NSMutableArray *_shownRows;    // owned: the LVMenuRow objects shown, top to bottom
+    struct LVShownItems *_itemUse;  // owned: which pre-made item shows each row, and the free ones
 }
 
 - (id)initWithTitle:(NSString *)title itemAction:(SEL)action;
@@ -34,8 +34,8 @@
 - (NSMenuItem *)addClearItemTitled:(NSString *)title;
 - (NSMenuItem *)clearItem;
 
-/* Shows these rows, at most one per pre-made item. */
-- (void)showRows:(const LVMenuRow *)rows count:(NSUInteger)count;
+/* Shows these LVMenuRow objects, at most one per pre-made item. */
+- (void)showRows:(NSArray *)rows;
 
 /* Only a change is made, taking the item out for it, as for a recent item. */
 - (void)setClearItemEnabled:(BOOL)enabled;

@@ -1,120 +1,21 @@
 #import "LVRecentSubmenu.h"
+#import "LVMenuRow.h"
 #import "LVShortestEdit.h"
 
 #include <algorithm>
 #include <vector>
 
-struct LVShownRows {
-    struct Row {
-        LorvaneMailbox *record; // not retained: the list holds it
-        NSString *title;        // retained, with the tool tip and icon
-        NSString *toolTip;
-        NSImage *icon;
-        NSUInteger item; // which pre-made item shows it
-    };
-    std::vector<Row> rows; // top to bottom
-    std::vector<NSUInteger> freeItems;
-    NSUInteger itemCount = 0;
-    std::vector<BOOL> oldKept, newKept; // the last edit's marks, kept so that an opening allocates none
+// Pre-made items by their indexes in the family's array: plain values only.
+struct LVShownItems {
+    std::vector<NSUInteger> shown; // the item showing each shown row, top to bottom
+    std::vector<NSUInteger> free;
+    NSUInteger count = 0;
 };
-
-namespace {
-
-using Shown = LVShownRows::Row;
-
-bool sameText(NSString *a, NSString *b)
-{
-    return a == b || [a isEqualToString:b];
-}
-
-bool sameRow(const Shown &shown, const LVMenuRow &row)
-{
-    return shown.record == row.record && shown.icon == row.icon && sameText(shown.title, row.title)
-        && sameText(shown.toolTip, row.toolTip);
-}
-
-struct Rows {
-    const Shown *old;
-    const LVMenuRow *now;
-};
-
-BOOL rowsMatch(const void *context, NSUInteger oldIndex, NSUInteger newIndex)
-{
-    const Rows *rows = (const Rows *)context;
-    return sameRow(rows->old[oldIndex], rows->now[newIndex]);
-}
-
-// The item a newcomer shows: a record that goes and comes back keeps its own, any other
-// takes a free one.
-NSUInteger itemForRecord(LVShownRows &shown, LorvaneMailbox *record, std::vector<Shown> &returning)
-{
-    for (auto row = returning.begin(); row != returning.end(); ++row) {
-        if (row->record == record) {
-            NSUInteger item = row->item;
-            returning.erase(row);
-            return item;
-        }
-    }
-    NSUInteger item = shown.freeItems.back();
-    shown.freeItems.pop_back();
-    return item;
-}
-
-// Rows go from the bottom up and come from the top down, so that each index still to be
-// used stays right.
-void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteger count, const BOOL *oldKept,
-    const BOOL *newKept, NSArray *items)
-{
-    std::vector<LorvaneMailbox *> coming;
-    for (size_t index = 0; index < count; index++) {
-        if (!newKept[index])
-            coming.push_back(rows[index].record);
-    }
-    std::vector<Shown> gone, returning, staying;
-    for (size_t index = shown.rows.size(); index-- > 0;) {
-        const Shown &row = shown.rows[index];
-        if (oldKept[index]) {
-            staying.push_back(row);
-            continue;
-        }
-        [menu removeItemAtIndex:(NSInteger)index];
-        gone.push_back(row);
-        if (std::find(coming.begin(), coming.end(), row.record) != coming.end())
-            returning.push_back(row);
-        else
-            shown.freeItems.push_back(row.item);
-    }
-    std::reverse(staying.begin(), staying.end());
-    std::vector<Shown> now;
-    now.reserve(count);
-    size_t nextStaying = 0;
-    for (size_t index = 0; index < count; index++) {
-        if (newKept[index]) {
-            now.push_back(staying[nextStaying++]);
-            continue;
-        }
-        const LVMenuRow &row = rows[index];
-        Shown added = { row.record, [row.title retain], [row.toolTip retain], [row.icon retain], itemForRecord(shown, row.record, returning) };
-        NSMenuItem *item = [items objectAtIndex:added.item];
-        [item setToolTip:added.toolTip];
-        [item setTitle:added.title];
-        [item setImage:added.icon];
-        [menu insertItem:item atIndex:(NSInteger)index];
-        now.push_back(added);
-    }
-    for (Shown &row : gone) {
-        [row.title release];
-        [row.toolTip release];
-        [row.icon release];
-    }
-    shown.rows.swap(now);
-}
-
-} // namespace
 
 @interface LVRecentSubmenu (LVRows)
-- (void)lv_forgetRows;
 - (void)lv_startAgainWithItemCount:(NSUInteger)itemCount;
+- (void)lv_takeOutRowsNotKept:(const BOOL *)oldKept;
+- (void)lv_putInRows:(NSArray *)rows notKept:(const BOOL *)newKept;
 @end
 
 @implementation LVRecentSubmenu
@@ -125,14 +26,15 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
         return nil;
     _itemAction = action;
     _premadeItems = [[NSMutableArray alloc] init];
-    _shown = new LVShownRows;
+    _shownRows = [[NSMutableArray alloc] init];
+    _itemUse = new LVShownItems;
     return self;
 }
 
 - (void)dealloc
 {
-    [self lv_forgetRows];
-    delete _shown;
+    delete _itemUse;
+    [_shownRows release];
     [_premadeItems release];
     [super dealloc];
 }
@@ -173,43 +75,19 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
     return _clearItem;
 }
 
-- (void)lv_forgetRows
-{
-    for (Shown &shown : _shown->rows) {
-        [shown.title release];
-        [shown.toolTip release];
-        [shown.icon release];
-    }
-    _shown->rows.clear();
-}
-
-// Every item above the separator out, every pre-made item free.
-- (void)lv_startAgainWithItemCount:(NSUInteger)itemCount
-{
-    for (NSInteger stale = [self numberOfItems] - 2; stale > 0; stale--)
-        [self removeItemAtIndex:0];
-    [self lv_forgetRows];
-    _shown->freeItems.clear();
-    for (NSUInteger item = itemCount; item > 0; item--)
-        _shown->freeItems.push_back(item - 1);
-    _shown->itemCount = itemCount;
-}
-
-- (void)showRows:(const LVMenuRow *)rows count:(NSUInteger)count
+- (void)showRows:(NSArray *)rows
 {
     NSUInteger itemCount = [_premadeItems count];
-    count = std::min(count, itemCount);
-    if (itemCount != _shown->itemCount || (NSUInteger)[self numberOfItems] != _shown->rows.size() + 2)
+    if ([rows count] > itemCount)
+        rows = [rows subarrayWithRange:NSMakeRange(0, itemCount)];
+    if (itemCount != _itemUse->count || (NSUInteger)[self numberOfItems] != [_shownRows count] + 2)
         [self lv_startAgainWithItemCount:itemCount];
 
-    size_t oldCount = _shown->rows.size();
-    std::vector<BOOL> &oldKept = _shown->oldKept, &newKept = _shown->newKept;
-    oldKept.resize(oldCount);
-    newKept.resize(count);
-    Rows both = { _shown->rows.data(), rows };
-    if ([LVShortestEdit markRowsKeptFrom:oldCount to:count match:rowsMatch context:&both oldKept:oldKept.data() newKept:newKept.data()] == 0)
+    std::vector<BOOL> oldKept([_shownRows count]), newKept([rows count]);
+    if ([LVShortestEdit markRowsKeptFrom:_shownRows to:rows oldKept:oldKept.data() newKept:newKept.data()] == 0)
         return;
-    applyEdit(self, *_shown, rows, count, oldKept.data(), newKept.data(), _premadeItems);
+    [self lv_takeOutRowsNotKept:oldKept.data()];
+    [self lv_putInRows:rows notKept:newKept.data()];
 }
 
 - (void)setClearItemEnabled:(BOOL)enabled
@@ -226,6 +104,55 @@ void applyEdit(NSMenu *menu, LVShownRows &shown, const LVMenuRow *rows, NSUInteg
     [_clearItem setEnabled:enabled];
     [self insertItem:_clearItem atIndex:index];
     [_clearItem release];
+}
+
+@end
+
+@implementation LVRecentSubmenu (LVRows)
+
+// Every item above the separator out, every pre-made item free.
+- (void)lv_startAgainWithItemCount:(NSUInteger)itemCount
+{
+    for (NSInteger stale = [self numberOfItems] - 2; stale > 0; stale--)
+        [self removeItemAtIndex:0];
+    [_shownRows removeAllObjects];
+    _itemUse->shown.clear();
+    _itemUse->free.clear();
+    for (NSUInteger item = itemCount; item > 0; item--)
+        _itemUse->free.push_back(item - 1);
+    _itemUse->count = itemCount;
+}
+
+// From the bottom up, so that each index still to be used stays right.
+- (void)lv_takeOutRowsNotKept:(const BOOL *)oldKept
+{
+    for (NSUInteger index = [_shownRows count]; index-- > 0;) {
+        if (oldKept[index])
+            continue;
+        [self removeItemAtIndex:(NSInteger)index];
+        [_shownRows removeObjectAtIndex:index];
+        _itemUse->free.push_back(_itemUse->shown[index]);
+        _itemUse->shown.erase(_itemUse->shown.begin() + (long)index);
+    }
+}
+
+// From the top down: each row that comes takes a free item, re-titled while out of the menu.
+- (void)lv_putInRows:(NSArray *)rows notKept:(const BOOL *)newKept
+{
+    for (NSUInteger index = 0; index < [rows count]; index++) {
+        if (newKept[index])
+            continue;
+        LVMenuRow *row = [rows objectAtIndex:index];
+        NSUInteger itemIndex = _itemUse->free.back();
+        _itemUse->free.pop_back();
+        NSMenuItem *item = [_premadeItems objectAtIndex:itemIndex];
+        [item setToolTip:[row toolTip]];
+        [item setTitle:[row title]];
+        [item setImage:[row icon]];
+        [self insertItem:item atIndex:(NSInteger)index];
+        [_shownRows insertObject:row atIndex:index];
+        _itemUse->shown.insert(_itemUse->shown.begin() + (long)index, itemIndex);
+    }
 }
 
 @end

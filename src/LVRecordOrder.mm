@@ -1,6 +1,8 @@
 #import "LVRecordOrder.h"
 #import "LorvaneMailbox.h"
 
+#include <cmath>
+
 LVRecordKey LVRecordKeyOfSortType(int sortType, BOOL forEviction)
 {
     switch (sortType) {
@@ -42,3 +44,11 @@ SEL LVComparatorOfRecordKey(LVRecordKey key)
     }
 }
 
+
+double LVRecordKeyValue(LorvaneMailbox *record, LVRecordKey key)
+{
+    if (key == LVRecordKeyAccesses)
+        return [record accesses];
+    NSDate *date = [record date];
+    return date != nil ? [date timeIntervalSinceReferenceDate] : NAN;
+}

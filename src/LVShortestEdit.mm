@@ -7,13 +7,16 @@ namespace {
 
 const int LVLongestSearchedEdit = 64;
 
-// The rows between the unchanged ends: `old` and `now` are offsets into the two lists.
+bool sameRow(id a, id b)
+{
+    return a == b || [a isEqual:b];
+}
+
+// The rows between the unchanged ends of the two lists, viewed only while one edit is marked.
 struct Middle {
-    LVRowsMatch match;
-    const void *context;
-    NSUInteger old;
-    NSUInteger now;
-    bool same(int x, int y) const { return match(context, old + (NSUInteger)x, now + (NSUInteger)y); }
+    const id *old;
+    const id *now;
+    bool same(int x, int y) const { return sameRow(old[x], now[y]); }
 };
 
 // Myers' greedy search, which costs in proportion to the rows that change: marks the rows on
@@ -72,19 +75,18 @@ bool markMiddle(const Middle &middle, int oldCount, int newCount, std::vector<bo
     return LVLongestSearchedEdit;
 }
 
-+ (NSUInteger)markRowsKeptFrom:(NSUInteger)oldCount
-                      to:(NSUInteger)newCount
-                   match:(LVRowsMatch)match
-                 context:(const void *)context
-                 oldKept:(BOOL *)oldKept
-                 newKept:(BOOL *)newKept
++ (NSUInteger)markRowsKeptFrom:(NSArray *)oldRows to:(NSArray *)newRows oldKept:(BOOL *)oldKept newKept:(BOOL *)newKept
 {
+    NSUInteger oldCount = [oldRows count], newCount = [newRows count];
+    std::vector<id> old(oldCount), now(newCount);
+    [oldRows getObjects:old.data() range:NSMakeRange(0, oldCount)];
+    [newRows getObjects:now.data() range:NSMakeRange(0, newCount)];
     // The unchanged rows at both ends need no search.
     NSUInteger first = 0;
-    while (first < oldCount && first < newCount && match(context, first, first))
+    while (first < oldCount && first < newCount && sameRow(old[first], now[first]))
         first++;
     NSUInteger oldEnd = oldCount, newEnd = newCount;
-    while (oldEnd > first && newEnd > first && match(context, oldEnd - 1, newEnd - 1))
+    while (oldEnd > first && newEnd > first && sameRow(old[oldEnd - 1], now[newEnd - 1]))
         oldEnd--, newEnd--;
     std::fill(oldKept, oldKept + oldCount, YES);
     std::fill(newKept, newKept + newCount, YES);
@@ -92,7 +94,7 @@ bool markMiddle(const Middle &middle, int oldCount, int newCount, std::vector<bo
     std::fill(newKept + first, newKept + newEnd, NO);
     if (first == oldEnd && first == newEnd)
         return 0;
-    Middle middle = { match, context, first, first };
+    Middle middle = { old.data() + first, now.data() + first };
     std::vector<bool> middleOldKept(oldEnd - first, false), middleNewKept(newEnd - first, false);
     if (!markMiddle(middle, (int)(oldEnd - first), (int)(newEnd - first), middleOldKept, middleNewKept))
         return (oldEnd - first) + (newEnd - first);

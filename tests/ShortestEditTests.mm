@@ -11,57 +11,37 @@
 namespace {
 
 // A row is a word: "b" and "b'" stand for one mailbox before and after its title changed.
-std::vector<std::string> words(const char *text)
+// Words are made afresh for each list, so that rows are told apart by their text, not by
+// being the same object.
+NSArray *words(const char *text)
 {
-    std::vector<std::string> rows;
-    std::string word;
-    for (const char *c = text;; c++) {
-        if (*c != ' ' && *c != '\0') {
-            word += *c;
-            continue;
-        }
-        if (!word.empty())
-            rows.push_back(word);
-        word.clear();
-        if (*c == '\0')
-            return rows;
+    NSMutableArray *rows = [NSMutableArray array];
+    for (NSString *word in [@(text) componentsSeparatedByString:@" "]) {
+        if ([word length] > 0)
+            [rows addObject:[NSMutableString stringWithString:word]];
     }
-}
-
-struct Lists {
-    std::vector<std::string> old, now;
-};
-
-BOOL sameWord(const void *context, NSUInteger oldIndex, NSUInteger newIndex)
-{
-    const Lists *lists = (const Lists *)context;
-    return lists->old[oldIndex] == lists->now[newIndex];
+    return rows;
 }
 
 // The rows marked kept, in order: "-" for a row that goes or comes.
-std::string marked(const std::vector<std::string> &rows, const std::vector<BOOL> &kept)
+NSString *marked(NSArray *rows, const std::vector<BOOL> &kept)
 {
-    std::string text;
-    for (size_t i = 0; i < rows.size(); i++)
-        text += (text.empty() ? "" : " ") + (kept[i] ? rows[i] : std::string("-"));
-    return text;
+    NSMutableArray *marks = [NSMutableArray array];
+    for (NSUInteger i = 0; i < [rows count]; i++)
+        [marks addObject:kept[i] ? [rows objectAtIndex:i] : @"-"];
+    return [marks componentsJoinedByString:@" "];
 }
 
 testing::AssertionResult editIs(const char *before, const char *after, const char *oldMarks, const char *newMarks, NSUInteger length)
 {
-    Lists lists = { words(before), words(after) };
-    std::vector<BOOL> oldKept(lists.old.size(), NO), newKept(lists.now.size(), NO);
-    NSUInteger changed = [LVPluginClass("LVShortestEdit") markRowsKeptFrom:lists.old.size()
-                                                                        to:lists.now.size()
-                                                                     match:sameWord
-                                                                   context:&lists
-                                                                   oldKept:oldKept.data()
-                                                                   newKept:newKept.data()];
-    std::string gone = marked(lists.old, oldKept), come = marked(lists.now, newKept);
-    if (gone == oldMarks && come == newMarks && changed == length)
+    NSArray *old = words(before), *now = words(after);
+    std::vector<BOOL> oldKept([old count], NO), newKept([now count], NO);
+    NSUInteger changed = [LVPluginClass("LVShortestEdit") markRowsKeptFrom:old to:now oldKept:oldKept.data() newKept:newKept.data()];
+    NSString *gone = marked(old, oldKept), *come = marked(now, newKept);
+    if ([gone isEqualToString:@(oldMarks)] && [come isEqualToString:@(newMarks)] && changed == length)
         return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "\"" << before << "\" to \"" << after << "\" kept \"" << gone << "\" and \"" << come << "\", "
-                                       << changed << " rows changed";
+    return testing::AssertionFailure() << "\"" << before << "\" to \"" << after << "\" kept \"" << [gone UTF8String] << "\" and \""
+                                       << [come UTF8String] << "\", " << changed << " rows changed";
 }
 
 #define LVAssertEdit(before, after, oldMarks, newMarks, length) EXPECT_TRUE(editIs(before, after, oldMarks, newMarks, length))
