@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <vector>
 
 namespace {
@@ -27,7 +28,7 @@ struct LVEvictionOrderState {
     std::vector<Ranked> slots;
     size_t recordsWithoutKey = 0;
     // Key descending, then list order, while `current`.
-    std::vector<Filed> filed;
+    std::deque<Filed> filed; // a newcomer goes to the front and eviction takes the back: both ends are cheap
     bool current = true;
     // The list stands in the eviction order itself: making room needs no copy of it.
     bool listInOrder = true;
@@ -184,11 +185,11 @@ struct LVEvictionOrderState {
 
 #pragma mark What the list tells
 
-- (void)recentList:(LVRecentList *)list didListSlot:(LVListSlot)slot atIndex:(NSUInteger)index
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index
 {
     if (slot >= _state->slots.size())
         _state->slots.resize(slot + 1);
-    [self lv_readKeyOfSlot:slot];
+    _state->setKey(slot, LVRecordKeyValue(record, _key));
     NSUInteger count = [list count];
     _state->placeNewPosition(slot, index, count);
     if (index != 0)
@@ -202,10 +203,10 @@ struct LVEvictionOrderState {
     _state->setKey(slot, 0);
 }
 
-- (void)recentList:(LVRecentList *)list didTouchSlot:(LVListSlot)slot
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
 {
     _state->unfile(slot);
-    [self lv_readKeyOfSlot:slot];
+    _state->setKey(slot, LVRecordKeyValue(record, _key));
     _state->listInOrder = false;
     _state->file(slot, false, [list slots], [list count]);
 }
@@ -231,7 +232,7 @@ struct LVEvictionOrderState {
 {
     for (NSUInteger index = 0; index < count; index++)
         [self lv_readKeyOfSlot:slots[index]];
-    std::vector<Filed> &filed = _state->filed;
+    std::deque<Filed> &filed = _state->filed;
     filed.clear();
     for (NSUInteger index = 0; index < count; index++)
         filed.push_back(Filed { _state->slots[slots[index]].key, slots[index] });

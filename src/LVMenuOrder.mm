@@ -30,6 +30,7 @@ struct Known {
     bool needsRow = false;   // its name or facts changed since its row was made
     bool listedAnew = false; // since the last ordering: another record listed in this slot,
     bool touched = false;    // or this record's key changed
+    bool seen = false;       // listed at this ordering
 };
 
 // The order's objects, seen by slot for the length of one ordering.
@@ -79,9 +80,7 @@ struct LVMenuOrderState {
     void forget(LVListSlot slot)
     {
         leaveRun(slot);
-        bool listedAnew = known[slot].listedAnew;
         known[slot] = Known();
-        known[slot].listedAnew = listedAnew;
         rowsChanged = true;
     }
 
@@ -222,8 +221,6 @@ static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
             [_rows addObject:rows[slot]];
         state.rowsChanged = false;
     }
-    for (Known &entry : state.known)
-        entry.listedAnew = entry.touched = false;
     [list reorderBySlots:state.order.data()];
     return YES;
 }
@@ -241,16 +238,17 @@ static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
 #pragma mark What the list tells
 
 // Only noted: the next ordering learns a listed record, forgets a slot no longer listed and
-// reads the list's order afresh.
-- (void)recentList:(LVRecentList *)list didListSlot:(LVListSlot)slot atIndex:(NSUInteger)index
+// reads the list's order afresh. A slot it has never seen holds a record it will learn anyway.
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index
 {
-    _state->known.resize(std::max((size_t)slot + 1, _state->known.size()));
-    _state->known[slot].listedAnew = true;
+    if (slot < _state->known.size())
+        _state->known[slot].listedAnew = true;
 }
 
-- (void)recentList:(LVRecentList *)list didTouchSlot:(LVListSlot)slot
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
 {
-    _state->known[slot].touched = true;
+    if (slot < _state->known.size())
+        _state->known[slot].touched = true;
 }
 
 - (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot
@@ -311,17 +309,17 @@ static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
 - (void)lv_takeListed:(const LVListSlot *)slots count:(NSUInteger)count names:(const std::vector<NSString *> &)names texts:(Texts &)texts
 {
     LVMenuOrderState &state = *_state;
-    std::vector<bool> seen(state.known.size(), false);
     for (NSUInteger index = 0; index < count; index++) {
         LVListSlot slot = slots[index];
-        seen[slot] = true;
         Known &entry = state.known[slot];
-        bool anew = !entry.live || entry.listedAnew;
+        bool anew = !entry.live || entry.listedAnew, touched = entry.touched;
         if (anew && entry.live)
             [self lv_forgetSlot:slot texts:&texts];
         entry.position = index;
+        entry.seen = true;
+        entry.listedAnew = entry.touched = false;
         if (!anew) {
-            if (entry.touched)
+            if (touched)
                 entry.needsPlace = entry.needsPlace || state.key != LVRecordKeyName;
             if (names[index] == texts.mailNames[slot] || [names[index] isEqualToString:texts.mailNames[slot]])
                 continue;
@@ -336,8 +334,9 @@ static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
         entry.needsFacts = entry.needsPlace = true;
     }
     for (LVListSlot slot = 0; slot < state.known.size(); slot++) {
-        if (state.known[slot].live && !seen[slot])
+        if (state.known[slot].live && !state.known[slot].seen)
             [self lv_forgetSlot:slot texts:&texts];
+        state.known[slot].seen = state.known[slot].listedAnew = state.known[slot].touched = false;
     }
 }
 
@@ -377,6 +376,8 @@ static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
 - (void)lv_makeRowsWithDescriber:(id<LVMailboxDescribing>)describer texts:(const Texts &)texts
 {
     LVMenuOrderState &state = *_state;
+    if (std::none_of(state.known.begin(), state.known.end(), [](const Known &entry) { return entry.live && (entry.needsFacts || entry.needsRow); }))
+        return;
     std::vector<id> rows = viewOf(_rowsBySlot, state.known.size());
     id none = [NSNull null];
     for (LVListSlot slot = 0; slot < state.known.size(); slot++) {

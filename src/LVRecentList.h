@@ -15,12 +15,12 @@ typedef uint32_t LVListSlot;
 
 /* What the list tells the orders it keeps beside itself, as each change is made. */
 @protocol LVRecentListObserver <NSObject>
-/* A record now stands in `slot`, at `index` of the list. */
-- (void)recentList:(LVRecentList *)list didListSlot:(LVListSlot)slot atIndex:(NSUInteger)index;
+/* The record now stands in `slot`, at `index` of the list. */
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index;
 /* The record in `slot` left the list; the slot is free. */
 - (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot;
 /* The record in `slot` changed its count or date; it kept its place. */
-- (void)recentList:(LVRecentList *)list didTouchSlot:(LVListSlot)slot;
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot;
 /* The list holds the same records in another order. */
 - (void)recentListDidReorder:(LVRecentList *)list;
 @end
@@ -48,7 +48,8 @@ typedef uint32_t LVListSlot;
 @interface LVRecentList : NSMutableArray
 {
     struct LVRecentListState *_state; // owned: plain values only
-    NSMutableArray *_recordsBySlot;   // owned: the records, each at its slot; NSNull where free
+    NSMutableArray *_recordsBySlot;   // owned: the records, each at its slot; _free where free
+    NSNull *_free;
     unsigned long _mutations;         // what fast enumeration watches
     LVEvictionOrder *_evictionOrder;  // owned
     LVMenuOrder *_menuOrder;          // owned

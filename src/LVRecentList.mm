@@ -7,18 +7,13 @@
 #include <unordered_map>
 #include <vector>
 
-namespace {
-
-// A listed mailbox, known by the address of Mail's object.
-struct Listing {
-    LVListSlot slot; // the first record, in list order, that holds the mailbox
-    uint32_t count;
-};
-
-} // namespace
-
 // What the list keeps beside its records: plain values only.
 struct LVRecentListState {
+    // A listed mailbox, known by the address of Mail's object.
+    struct Listing {
+        LVListSlot slot; // the first record, in list order, that holds the mailbox
+        uint32_t count;
+    };
     std::vector<const void *> mailboxBySlot; // the record's mailbox when it was listed
     std::vector<LVListSlot> freeSlots;
     std::vector<LVListSlot> order; // the list, front first
@@ -100,7 +95,7 @@ struct LVRecentListState {
     }
 };
 
-// The exception a plain array raises for an index past its last element.
+// The exception a plain array raises for an index past its end.
 static void checkIndex(NSUInteger index, NSUInteger count)
 {
     if (index >= count)
@@ -110,7 +105,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 @interface LVRecentList (LVSlots)
 - (void)lv_listRecord:(LorvaneMailbox *)record atIndex:(NSUInteger)index;
 - (void)lv_unlistRecordAtIndex:(NSUInteger)index;
-- (void)lv_touchSlot:(LVListSlot)slot;
+- (void)lv_touchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot;
 @end
 
 @implementation LVRecentList
@@ -121,6 +116,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
         return nil;
     _state = new LVRecentListState;
     _recordsBySlot = [[NSMutableArray alloc] init];
+    _free = [[NSNull null] retain]; // kept: a lookup of the class costs a transfer more than its list work
     _evictionOrder = [[LVEvictionOrder alloc] initWithList:self key:LVRecordKeyOfSortType(sortType, YES)];
     _menuOrder = [[LVMenuOrder alloc] init];
     return self;
@@ -153,6 +149,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     [_evictionOrder release];
     [_menuOrder release];
     [_recordsBySlot release];
+    [_free release];
     delete _state;
     [super dealloc];
 }
@@ -275,14 +272,15 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     LorvaneMailbox *record = [_recordsBySlot objectAtIndex:(NSUInteger)slot];
     [record incrementAccesses];
     [record setDate:date];
-    [self lv_touchSlot:(LVListSlot)slot];
+    [self lv_touchRecord:record inSlot:(LVListSlot)slot];
     return record;
 }
 
 - (void)incrementAccessesOfRecordAtIndex:(NSUInteger)index
 {
-    [[self objectAtIndex:index] incrementAccesses];
-    [self lv_touchSlot:_state->order[index]];
+    LorvaneMailbox *record = [self objectAtIndex:index];
+    [record incrementAccesses];
+    [self lv_touchRecord:record inSlot:_state->order[index]];
 }
 
 - (void)sortInEvictionOrder
@@ -335,10 +333,9 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (void)getRecordsBySlot:(LorvaneMailbox **)records mailboxes:(id<LVMailboxUid> *)mailboxes
 {
     [_recordsBySlot getObjects:records range:NSMakeRange(0, [_recordsBySlot count])];
-    id free = [NSNull null];
     for (NSUInteger slot = 0; slot < _state->mailboxBySlot.size(); slot++) {
         mailboxes[slot] = (id<LVMailboxUid>)_state->mailboxBySlot[slot];
-        records[slot] = records[slot] != free ? records[slot] : nil;
+        records[slot] = records[slot] != (id)_free ? records[slot] : nil;
     }
 }
 
@@ -373,8 +370,8 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     _state->order.insert(_state->order.begin() + (long)index, slot);
     if (!_state->mailboxesIndexable())
         [_evictionOrder forgetOrder];
-    [_evictionOrder recentList:self didListSlot:slot atIndex:index];
-    [_menuOrder recentList:self didListSlot:slot atIndex:index];
+    [_evictionOrder recentList:self didListRecord:record inSlot:slot atIndex:index];
+    [_menuOrder recentList:self didListRecord:record inSlot:slot atIndex:index];
 }
 
 // The record is released only once the orders no longer mention it: its -dealloc may look
@@ -388,13 +385,13 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     _state->uncountMailbox(slot);
     _state->mailboxBySlot[slot] = nullptr;
     _state->freeSlots.push_back(slot);
-    [_recordsBySlot replaceObjectAtIndex:slot withObject:[NSNull null]];
+    [_recordsBySlot replaceObjectAtIndex:slot withObject:_free];
 }
 
-- (void)lv_touchSlot:(LVListSlot)slot
+- (void)lv_touchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
 {
-    [_evictionOrder recentList:self didTouchSlot:slot];
-    [_menuOrder recentList:self didTouchSlot:slot];
+    [_evictionOrder recentList:self didTouchRecord:record inSlot:slot];
+    [_menuOrder recentList:self didTouchRecord:record inSlot:slot];
 }
 
 @end

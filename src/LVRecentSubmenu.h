@@ -1,5 +1,7 @@
 #import <AppKit/AppKit.h>
 
+@class LVShortestEdit;
+
 /*
  * One of the five recent submenus, with its items: one pre-made item per possible list entry,
  * each with the submenu's action and no target (the choice travels the responder chain to the
@@ -18,6 +20,7 @@
     NSMutableArray *_premadeItems; // owned; the items rows are shown with
     NSMenuItem *_clearItem;        // held by the menu; nil until added
     NSMutableArray *_shownRows;    // owned: the LVMenuRow objects shown, top to bottom
+    LVShortestEdit *_edit;         // owned
     struct LVShownItems *_itemUse;  // owned: which pre-made item shows each row, and the free ones
 }
 

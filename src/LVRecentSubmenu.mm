@@ -10,6 +10,7 @@ struct LVShownItems {
     std::vector<NSUInteger> shown; // the item showing each shown row, top to bottom
     std::vector<NSUInteger> free;
     NSUInteger count = 0;
+    std::vector<BOOL> oldKept, newKept; // the last edit's marks
 };
 
 @interface LVRecentSubmenu (LVRows)
@@ -27,6 +28,7 @@ struct LVShownItems {
     _itemAction = action;
     _premadeItems = [[NSMutableArray alloc] init];
     _shownRows = [[NSMutableArray alloc] init];
+    _edit = [[LVShortestEdit alloc] init];
     _itemUse = new LVShownItems;
     return self;
 }
@@ -34,6 +36,7 @@ struct LVShownItems {
 - (void)dealloc
 {
     delete _itemUse;
+    [_edit release];
     [_shownRows release];
     [_premadeItems release];
     [super dealloc];
@@ -83,8 +86,10 @@ struct LVShownItems {
     if (itemCount != _itemUse->count || (NSUInteger)[self numberOfItems] != [_shownRows count] + 2)
         [self lv_startAgainWithItemCount:itemCount];
 
-    std::vector<BOOL> oldKept([_shownRows count]), newKept([rows count]);
-    if ([LVShortestEdit markRowsKeptFrom:_shownRows to:rows oldKept:oldKept.data() newKept:newKept.data()] == 0)
+    std::vector<BOOL> &oldKept = _itemUse->oldKept, &newKept = _itemUse->newKept;
+    oldKept.resize([_shownRows count]);
+    newKept.resize([rows count]);
+    if ([_edit markRowsKeptFrom:_shownRows to:rows oldKept:oldKept.data() newKept:newKept.data()] == 0)
         return;
     [self lv_takeOutRowsNotKept:oldKept.data()];
     [self lv_putInRows:rows notKept:newKept.data()];

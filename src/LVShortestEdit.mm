@@ -75,12 +75,14 @@ bool markMiddle(const Middle &middle, int oldCount, int newCount, std::vector<bo
     return LVLongestSearchedEdit;
 }
 
-+ (NSUInteger)markRowsKeptFrom:(NSArray *)oldRows to:(NSArray *)newRows oldKept:(BOOL *)oldKept newKept:(BOOL *)newKept
+- (NSUInteger)markRowsKeptFrom:(NSArray *)oldRows to:(NSArray *)newRows oldKept:(BOOL *)oldKept newKept:(BOOL *)newKept
 {
     NSUInteger oldCount = [oldRows count], newCount = [newRows count];
-    std::vector<id> old(oldCount), now(newCount);
-    [oldRows getObjects:old.data() range:NSMakeRange(0, oldCount)];
-    [newRows getObjects:now.data() range:NSMakeRange(0, newCount)];
+    // The rows of both lists, viewed for the length of this edit.
+    std::vector<id> rows(oldCount + newCount);
+    [oldRows getObjects:rows.data() range:NSMakeRange(0, oldCount)];
+    [newRows getObjects:rows.data() + oldCount range:NSMakeRange(0, newCount)];
+    const id *old = rows.data(), *now = rows.data() + oldCount;
     // The unchanged rows at both ends need no search.
     NSUInteger first = 0;
     while (first < oldCount && first < newCount && sameRow(old[first], now[first]))
@@ -94,7 +96,7 @@ bool markMiddle(const Middle &middle, int oldCount, int newCount, std::vector<bo
     std::fill(newKept + first, newKept + newEnd, NO);
     if (first == oldEnd && first == newEnd)
         return 0;
-    Middle middle = { old.data() + first, now.data() + first };
+    Middle middle = { old + first, now + first };
     std::vector<bool> middleOldKept(oldEnd - first, false), middleNewKept(newEnd - first, false);
     if (!markMiddle(middle, (int)(oldEnd - first), (int)(newEnd - first), middleOldKept, middleNewKept))
         return (oldEnd - first) + (newEnd - first);

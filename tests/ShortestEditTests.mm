@@ -10,69 +10,52 @@
 
 namespace {
 
-// A row is a word: "b" and "b'" stand for one mailbox before and after its title changed.
-// Words are made afresh for each list, so that rows are told apart by their text, not by
-// being the same object.
-NSArray *words(const char *text)
+// Rows are words, made afresh for each list so that rows match by their text alone; "b'" is
+// the row of b's mailbox after its title changed.
+NSArray *rowsOf(const std::string &text)
 {
-    NSMutableArray *rows = [NSMutableArray array];
-    for (NSString *word in [@(text) componentsSeparatedByString:@" "]) {
-        if ([word length] > 0)
-            [rows addObject:[NSMutableString stringWithString:word]];
+    return text.empty() ? @[] : [@(text.c_str()) componentsSeparatedByString:@" "];
+}
+
+// The old list, then the new, each row that goes or comes shown as "-", then how many do.
+std::string edit(const std::string &before, const std::string &after)
+{
+    NSArray *lists[] = { rowsOf(before), rowsOf(after) };
+    std::vector<BOOL> kept[] = { std::vector<BOOL>([lists[0] count]), std::vector<BOOL>([lists[1] count]) };
+    LVShortestEdit *edit = [[[LVPluginClass("LVShortestEdit") alloc] init] autorelease];
+    NSUInteger changed = [edit markRowsKeptFrom:lists[0] to:lists[1] oldKept:kept[0].data() newKept:kept[1].data()];
+    NSMutableArray *marks[] = { [NSMutableArray array], [NSMutableArray array] };
+    for (int list = 0; list < 2; list++) {
+        for (NSUInteger i = 0; i < [lists[list] count]; i++)
+            [marks[list] addObject:kept[list][i] ? [lists[list] objectAtIndex:i] : @"-"];
     }
-    return rows;
+    return [[NSString stringWithFormat:@"%@ | %@ (%lu)", [marks[0] componentsJoinedByString:@" "], [marks[1] componentsJoinedByString:@" "],
+                      (unsigned long)changed] UTF8String];
 }
-
-// The rows marked kept, in order: "-" for a row that goes or comes.
-NSString *marked(NSArray *rows, const std::vector<BOOL> &kept)
-{
-    NSMutableArray *marks = [NSMutableArray array];
-    for (NSUInteger i = 0; i < [rows count]; i++)
-        [marks addObject:kept[i] ? [rows objectAtIndex:i] : @"-"];
-    return [marks componentsJoinedByString:@" "];
-}
-
-testing::AssertionResult editIs(const char *before, const char *after, const char *oldMarks, const char *newMarks, NSUInteger length)
-{
-    NSArray *old = words(before), *now = words(after);
-    std::vector<BOOL> oldKept([old count], NO), newKept([now count], NO);
-    NSUInteger changed = [LVPluginClass("LVShortestEdit") markRowsKeptFrom:old to:now oldKept:oldKept.data() newKept:newKept.data()];
-    NSString *gone = marked(old, oldKept), *come = marked(now, newKept);
-    if ([gone isEqualToString:@(oldMarks)] && [come isEqualToString:@(newMarks)] && changed == length)
-        return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "\"" << before << "\" to \"" << after << "\" kept \"" << [gone UTF8String] << "\" and \""
-                                       << [come UTF8String] << "\", " << changed << " rows changed";
-}
-
-#define LVAssertEdit(before, after, oldMarks, newMarks, length) EXPECT_TRUE(editIs(before, after, oldMarks, newMarks, length))
 
 } // namespace
 
 TEST(ShortestEdit, KeepsEveryRowBothListsShareInOrderAndChangesTheRest)
 {
-    LVAssertEdit("a b c", "a b c", "a b c", "a b c", 0);              // unchanged
-    LVAssertEdit("a b c", "a x b c", "a b c", "a - b c", 1);          // one in
-    LVAssertEdit("a b c", "a c", "a - c", "a c", 1);                  // one out
-    LVAssertEdit("a b c d", "a d b c", "a b c -", "a - b c", 2);      // one moved up
-    LVAssertEdit("a b c d", "b c a d", "- b c d", "b c - d", 2);      // one moved down
-    LVAssertEdit("a b c", "x y z", "- - -", "- - -", 6);              // all replaced
-    LVAssertEdit("", "a b c", "", "- - -", 3);                        // empty to full
-    LVAssertEdit("a b c", "", "- - -", "", 3);                        // full to empty
-    LVAssertEdit("a b c", "a b' c", "a - c", "a - c", 2);             // a title alone changed
-    LVAssertEdit("a b c d e", "e b c d x", "- b c d -", "- b c d -", 4); // both ends changed
-}
+    EXPECT_EQ("a b c | a b c (0)", edit("a b c", "a b c"));             // unchanged
+    EXPECT_EQ("a b c | a - b c (1)", edit("a b c", "a x b c"));         // one in
+    EXPECT_EQ("a - c | a c (1)", edit("a b c", "a c"));                 // one out
+    EXPECT_EQ("a b c - | a - b c (2)", edit("a b c d", "a d b c"));     // one moved up
+    EXPECT_EQ("- b c d | b c - d (2)", edit("a b c d", "b c a d"));     // one moved down
+    EXPECT_EQ("- - - | - - - (6)", edit("a b c", "x y z"));             // all replaced
+    EXPECT_EQ(" | - - - (3)", edit("", "a b c"));                       // empty to full
+    EXPECT_EQ("- - - |  (3)", edit("a b c", ""));                       // full to empty
+    EXPECT_EQ("a - c | a - c (2)", edit("a b c", "a b' c"));            // a title alone changed
+    EXPECT_EQ("- b c d - | - b c d - (4)", edit("a b c d e", "e b c d x")); // both ends changed
 
-TEST(ShortestEdit, PastTheLongestSearchedEditReplacesTheRowsBetweenTheUnchangedEnds)
-{
+    // Past the longest edit searched, the rows between the unchanged ends are all replaced.
     NSUInteger longest = [LVPluginClass("LVShortestEdit") longestSearchedEdit];
-    std::string before = "first", after = "first";
+    std::string before = "first", after = "first", replaced = "first";
     for (NSUInteger i = 0; i < longest; i++) {
-        before += " o" + std::to_string(i) + " kept" + std::to_string(i);
-        after += " kept" + std::to_string(i) + " n" + std::to_string(i);
+        before += " o" + std::to_string(i) + " k" + std::to_string(i);
+        after += " k" + std::to_string(i) + " n" + std::to_string(i);
+        replaced += " - -";
     }
-    std::string replaced = "first";
-    for (NSUInteger i = 0; i < 2 * longest; i++)
-        replaced += " -";
-    before += " last", after += " last", replaced += " last";
-    LVAssertEdit(before.c_str(), after.c_str(), replaced.c_str(), replaced.c_str(), 4 * longest);
+    replaced += " last";
+    EXPECT_EQ(replaced + " | " + replaced + " (" + std::to_string(4 * longest) + ")", edit(before + " last", after + " last"));
 }
