@@ -49,7 +49,7 @@ typedef uint32_t LVListSlot;
 {
     struct LVRecentListState *_state; // owned: plain values only
     NSMutableArray *_recordsBySlot;   // owned: the records, each at its slot; _free where free
-    NSNull *_free;
+    NSNull *_free;                    // what a free slot holds
     unsigned long _mutations;         // what fast enumeration watches
     LVEvictionOrder *_evictionOrder;  // owned
     LVMenuOrder *_menuOrder;          // owned

@@ -116,7 +116,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
         return nil;
     _state = new LVRecentListState;
     _recordsBySlot = [[NSMutableArray alloc] init];
-    _free = [[NSNull null] retain]; // kept: a lookup of the class costs a transfer more than its list work
+    _free = [[NSNull null] retain];
     _evictionOrder = [[LVEvictionOrder alloc] initWithList:self key:LVRecordKeyOfSortType(sortType, YES)];
     _menuOrder = [[LVMenuOrder alloc] init];
     return self;
