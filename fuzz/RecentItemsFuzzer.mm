@@ -1,19 +1,18 @@
 /*
- * The system's recent-items file, as any bytes: read at start-up by -readRecentItemsLimit
- * for the "Number of Recent Items".
+ * The system's recent-items file, as any bytes: read at start-up by +[LVRecentItemsLimit
+ * systemLimit] for the "Number of Recent Items".
  *
  * Whatever the file holds, reading it never stops Mail and logs only the two lines that say
  * a dictionary is missing, the second only after the first and only with a limit of 0. A
  * file the reader refuses reads as no file: both lines and a limit of 0.
  */
 #import "FuzzMail.h"
+#import "LVRecentItemsLimit.h"
 
 namespace {
 
 NSString *const LVNoRecentDocumentsLine = @"[Lorvane] failed to find RecentDocuments dictionary.";
 NSString *const LVNoDictionaryLine = @"[Lorvane] failed to find the RecentDocuments or Documents dictionaries.";
-
-LorvaneBundle_Provider *provider;
 
 // The logged lines: none, the first alone, or the first then the second.
 void expectKnownLines(NSArray *lines, int limit)
@@ -31,14 +30,9 @@ void expectKnownLines(NSArray *lines, int limit)
 
 } // namespace
 
-// Private to the provider; the fuzzer calls it as start-up does.
-@interface LorvaneBundle_Provider (LVRecentItemsLimit)
-- (int)lv_readRecentItemsLimit;
-@end
-
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    provider = LVFuzzStartMail(0);
+    LVFuzzStartMail(0);
     return 0;
 }
 
@@ -47,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length)
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     LVFuzzWriteRecentItemsFile(bytes, length);
     LVFuzzForget();
-    int limit = [provider lv_readRecentItemsLimit];
+    int limit = [NSClassFromString(@"LVRecentItemsLimit") systemLimit];
 
     if (LVFuzzExceptionsRaised() != 0)
         LVFuzzFail("an exception was raised while reading");

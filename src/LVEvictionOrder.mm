@@ -3,16 +3,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <vector>
 
 namespace {
 
 // What the order knows of one slot.
 struct Ranked {
-    LorvaneMailbox *record = nil; // not retained; nil while the slot is free
-    double key = 0;               // higher keys come first in the eviction order
-    bool keyValid = true;         // NO for a record without a date where dates order the list
-    int64_t position = 0;         // orders it in the list while positions are current
+    double key = 0;       // higher keys come first in the eviction order
+    bool keyValid = true; // false for a record without a date where dates order the list
+    int64_t position = 0; // orders it in the list while positions are current
 };
 
 // A record's place in the eviction order, its key beside it so that searching touches only
@@ -25,11 +25,10 @@ struct Filed {
 } // namespace
 
 struct LVEvictionOrderState {
-    int sortType = 0;
     std::vector<Ranked> slots;
     size_t recordsWithoutKey = 0;
     // Key descending, then list order, while `current`.
-    std::vector<Filed> filed;
+    std::deque<Filed> filed; // a newcomer goes to the front and eviction takes the back: both ends are cheap
     bool current = true;
     // The list stands in the eviction order itself: making room needs no copy of it.
     bool listInOrder = true;
@@ -39,32 +38,18 @@ struct LVEvictionOrderState {
     int64_t front = 0;
     int64_t back = -1;
 
-    void readKey(Ranked &ranked)
+    void setKey(LVListSlot slot, double key)
     {
-        if (sortType == LVSortByAccesses) {
-            ranked.key = [ranked.record accesses];
-            ranked.keyValid = true;
-            return;
-        }
-        // A record whose saved date did not parse ties with every other: no order at all.
-        NSDate *date = [ranked.record date];
-        ranked.key = date != nil ? [date timeIntervalSinceReferenceDate] : NAN;
-        ranked.keyValid = !std::isnan(ranked.key);
-    }
-
-    void countKey(const Ranked &ranked, int delta)
-    {
+        Ranked &ranked = slots[slot];
         if (!ranked.keyValid)
-            recordsWithoutKey += delta;
-    }
-
-    void rereadKey(LVListSlot slot)
-    {
-        countKey(slots[slot], -1);
-        readKey(slots[slot]);
-        countKey(slots[slot], +1);
-        if (recordsWithoutKey != 0)
+            recordsWithoutKey--;
+        ranked.key = key;
+        // A record whose saved date did not parse ties with every other: no order at all.
+        ranked.keyValid = !std::isnan(key);
+        if (!ranked.keyValid) {
+            recordsWithoutKey++;
             current = false;
+        }
     }
 
     void ensurePositions(const LVListSlot *list, size_t count)
@@ -129,19 +114,6 @@ struct LVEvictionOrderState {
             filed.erase(found);
     }
 
-    // Made again for a list that can be ranked, and kept from then on.
-    void ensureCurrent(const LVListSlot *list, size_t count)
-    {
-        if (current)
-            return;
-        filed.clear();
-        for (size_t index = 0; index < count; index++)
-            filed.push_back(Filed { slots[list[index]].key, list[index] });
-        std::stable_sort(filed.begin(), filed.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
-        current = true;
-        listInOrder = false;
-    }
-
     // After the list was put in another order, records that share a key stand in the
     // eviction order as they now stand in the list.
     void reorderTies(const LVListSlot *list, size_t count)
@@ -160,20 +132,21 @@ struct LVEvictionOrderState {
     }
 };
 
+@interface LVEvictionOrder (LVMaking)
+- (void)lv_readKeyOfSlot:(LVListSlot)slot;
+- (void)lv_makeOrderOfSlots:(const LVListSlot *)slots count:(NSUInteger)count;
+@end
+
 @implementation LVEvictionOrder
 
-- (id)initWithSortType:(int)sortType
+- (id)initWithList:(LVRecentList *)list key:(LVRecordKey)key
 {
     if (nil == (self = [super init]))
         return nil;
+    _list = list;
+    _key = key;
     _state = new LVEvictionOrderState;
-    _state->sortType = sortType;
     return self;
-}
-
-- (id)init
-{
-    return [self initWithSortType:LVSortByName];
 }
 
 - (void)dealloc
@@ -182,24 +155,9 @@ struct LVEvictionOrderState {
     [super dealloc];
 }
 
-- (int)sortType
+- (LVRecordKey)key
 {
-    return _state->sortType;
-}
-
-- (void)setSortType:(int)sortType
-{
-    if (sortType == _state->sortType)
-        return;
-    _state->sortType = sortType;
-    _state->recordsWithoutKey = 0;
-    for (Ranked &ranked : _state->slots) {
-        if (ranked.record == nil)
-            continue;
-        _state->readKey(ranked);
-        _state->countKey(ranked, +1);
-    }
-    _state->current = false;
+    return _key;
 }
 
 - (BOOL)keysEveryRecord
@@ -207,67 +165,80 @@ struct LVEvictionOrderState {
     return _state->recordsWithoutKey == 0;
 }
 
-- (void)invalidate
+- (void)forgetOrder
 {
     _state->current = false;
 }
 
-- (void)fileRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index ofList:(const LVListSlot *)list count:(NSUInteger)count
+- (BOOL)sortSlots:(LVListSlot *)slots count:(NSUInteger)count
 {
-    if (slot >= _state->slots.size())
-        _state->slots.resize(slot + 1);
-    Ranked &ranked = _state->slots[slot];
-    ranked.record = record;
-    ranked.keyValid = true;
-    _state->rereadKey(slot);
-    _state->placeNewPosition(slot, index, count);
-    if (index != 0)
-        _state->listInOrder = false;
-    _state->file(slot, index == 0, list, count);
-}
-
-- (void)unfileSlot:(LVListSlot)slot
-{
-    _state->unfile(slot);
-    _state->countKey(_state->slots[slot], -1);
-    _state->slots[slot] = Ranked();
-}
-
-- (void)refileSlot:(LVListSlot)slot ofList:(const LVListSlot *)list count:(NSUInteger)count
-{
-    _state->unfile(slot);
-    _state->rereadKey(slot);
-    _state->listInOrder = false;
-    _state->file(slot, false, list, count);
-}
-
-- (void)listReordered:(const LVListSlot *)list count:(NSUInteger)count
-{
-    _state->listInOrder = false;
-    _state->positionsCurrent = false;
-    _state->reorderTies(list, count);
-}
-
-- (void)unfileAll
-{
-    std::fill(_state->slots.begin(), _state->slots.end(), Ranked());
-    _state->recordsWithoutKey = 0;
-    _state->filed.clear();
-    _state->current = true;
-    _state->listInOrder = true;
-    _state->positionsCurrent = false;
-}
-
-- (BOOL)sortList:(LVListSlot *)list count:(NSUInteger)count
-{
-    _state->ensureCurrent(list, count);
+    if (!_state->current)
+        [self lv_makeOrderOfSlots:slots count:count];
     if (_state->listInOrder)
         return NO;
     for (NSUInteger index = 0; index < count; index++)
-        list[index] = _state->filed[index].slot;
+        slots[index] = _state->filed[index].slot;
     _state->listInOrder = true;
     _state->positionsCurrent = false;
     return YES;
+}
+
+#pragma mark What the list tells
+
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index
+{
+    if (slot >= _state->slots.size())
+        _state->slots.resize(slot + 1);
+    _state->setKey(slot, LVRecordKeyValue(record, _key));
+    NSUInteger count = [list count];
+    _state->placeNewPosition(slot, index, count);
+    if (index != 0)
+        _state->listInOrder = false;
+    _state->file(slot, index == 0, [list slots], count);
+}
+
+- (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot
+{
+    _state->unfile(slot);
+    _state->setKey(slot, 0);
+}
+
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
+{
+    _state->unfile(slot);
+    _state->setKey(slot, LVRecordKeyValue(record, _key));
+    _state->listInOrder = false;
+    _state->file(slot, false, [list slots], [list count]);
+}
+
+- (void)recentListDidReorder:(LVRecentList *)list
+{
+    _state->listInOrder = false;
+    _state->positionsCurrent = false;
+    _state->reorderTies([list slots], [list count]);
+}
+
+@end
+
+@implementation LVEvictionOrder (LVMaking)
+
+- (void)lv_readKeyOfSlot:(LVListSlot)slot
+{
+    _state->setKey(slot, LVRecordKeyValue([_list recordInSlot:slot], _key));
+}
+
+// Made again for a list that can be ranked, every key read again, and kept from then on.
+- (void)lv_makeOrderOfSlots:(const LVListSlot *)slots count:(NSUInteger)count
+{
+    for (NSUInteger index = 0; index < count; index++)
+        [self lv_readKeyOfSlot:slots[index]];
+    std::deque<Filed> &filed = _state->filed;
+    filed.clear();
+    for (NSUInteger index = 0; index < count; index++)
+        filed.push_back(Filed { _state->slots[slots[index]].key, slots[index] });
+    std::stable_sort(filed.begin(), filed.end(), [](const Filed &a, const Filed &b) { return a.key > b.key; });
+    _state->current = true;
+    _state->listInOrder = false;
 }
 
 @end

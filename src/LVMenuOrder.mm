@@ -1,6 +1,6 @@
 #import "LVMenuOrder.h"
 #import "LVCollator.h"
-#import "LVRecentList.h"
+#import "LVMenuRow.h"
 #import "LorvaneMailbox.h"
 
 #include <algorithm>
@@ -11,126 +11,49 @@
 
 namespace {
 
-// How the records compare by name: case folded, then collated for the user's locale, with the
-// exact spelling deciding between names the collation takes as equal.
+// How a name compares: its collation key (of the text in lower case), then its exact spelling,
+// which also tells runs of equal names apart. The text itself stays in a Cocoa array.
 struct Name {
-    NSString *text = nil;    // retained
-    NSString *folded = nil;  // retained: the text in lower case
-    std::u16string spelling; // what runs of equal names and the last tie-break compare
-    std::string key;         // the collation key of `folded`, when keys can be made
+    std::u16string spelling;
+    std::string key; // empty when keys cannot be made
 };
 
-// Without collation keys the folded names are compared as -localizedCompare: compares them.
-int compareNames(const Name &a, const Name &b, bool keyed)
-{
-    int order = 0;
-    if (keyed) {
-        order = a.key.compare(b.key);
-    } else {
-        NSComparisonResult result = [a.folded localizedCompare:b.folded];
-        order = result == NSOrderedSame ? 0 : (result == NSOrderedAscending ? -1 : 1);
-    }
-    return order != 0 ? order : a.spelling.compare(b.spelling);
-}
-
-void setName(Name &name, NSString *text, LVCollator *collator)
-{
-    if (text == name.text)
-        return;
-    [name.text release];
-    [name.folded release];
-    name.text = [text copy];
-    name.folded = [[name.text lowercaseString] retain];
-    name.spelling.assign([name.text length], u'\0');
-    [name.text getCharacters:(unichar *)name.spelling.data() range:NSMakeRange(0, name.spelling.size())];
-    NSData *key = [collator keyOfString:name.folded];
-    name.key.assign((const char *)[key bytes], [key length]);
-}
-
-void clearName(Name &name)
-{
-    [name.text release];
-    [name.folded release];
-    name = Name();
-}
-
-// What the menu order remembers of one listed record.
+// What the menu order remembers of one listed record, beside its texts and row.
 struct Known {
     bool live = false;
-    uint32_t generation = 0;
-    uint32_t touches = 0;
-    LorvaneMailbox *record = nil;
-    id<LVMailboxUid> mailbox = nil;
     Name mailName;           // Mail's name of the mailbox: the first sort, and runs
     Name shownName;          // the record's name in the menus: the sort by name
     double sortKey = 0;      // newest or most used first, under those sort types
-    NSString *toolTip = nil; // retained
-    NSImage *icon = nil;     // retained
+    size_t position = 0;     // where the record stands in the list
     bool needsFacts = false; // tool tip and icon to be asked of Mail
     bool needsPlace = false; // to be placed again in the menu order
+    bool needsRow = false;   // its name or facts changed since its row was made
+    bool listedAnew = false; // since the last ordering: another record listed in this slot,
+    bool touched = false;    // or this record's key changed
+    bool seen = false;       // listed at this ordering
 };
 
-int menuSortType(int sortType)
-{
-    return sortType == LVSortByDate || sortType == LVSortByAccesses ? sortType : LVSortByName;
-}
+// The order's objects, seen by slot for the length of one ordering.
+struct Texts {
+    std::vector<id> mailNames;
+    std::vector<id> shownNames;
+    std::vector<LorvaneMailbox *> records;
+    std::vector<id<LVMailboxUid>> mailboxes;
+};
 
 } // namespace
 
 struct LVMenuOrderState {
-    LVCollator *collator = nil;    // owned
     bool keyed = false;            // names are compared by their collation keys
     std::vector<Known> known;      // by slot
     std::vector<LVListSlot> order; // the menu order
-    std::vector<size_t> position;  // by slot: where the record stands in the list
     // Records whose mailboxes share Mail's name, by that name.
     std::unordered_map<std::u16string, std::vector<LVListSlot>> runs;
     std::unordered_set<std::u16string> runsToName;
     std::unordered_set<std::u16string> runsWithShownTies;
-    int sortType = -1;
+    int key = -1; // the LVRecordKey that orders the menus; none before the first ordering
     bool forgetAll = true;
-
-    void forget(LVListSlot slot)
-    {
-        Known &known = this->known[slot];
-        leaveRun(slot);
-        clearName(known.mailName);
-        clearName(known.shownName);
-        [known.toolTip release];
-        [known.icon release];
-        known = Known();
-    }
-
-    void forgetEveryone()
-    {
-        for (LVListSlot slot = 0; slot < known.size(); slot++) {
-            if (known[slot].live)
-                forget(slot);
-        }
-        order.clear();
-    }
-
-    void learn(const LVListSlotState &listed, NSString *mailName)
-    {
-        Known &known = this->known[listed.slot];
-        known.live = true;
-        known.generation = listed.generation;
-        known.touches = listed.touches;
-        known.record = listed.record;
-        known.mailbox = listed.mailbox;
-        setName(known.mailName, mailName, collator);
-        joinRun(listed.slot);
-        known.needsFacts = known.needsPlace = true;
-    }
-
-    void rename(LVListSlot slot, NSString *mailName)
-    {
-        Known &known = this->known[slot];
-        leaveRun(slot);
-        setName(known.mailName, mailName, collator);
-        joinRun(slot);
-        known.needsFacts = known.needsPlace = true;
-    }
+    bool rowsChanged = true;
 
     void joinRun(LVListSlot slot)
     {
@@ -154,150 +77,49 @@ struct LVMenuOrderState {
         }
     }
 
-    // Who is listed now, under which names; records that left are forgotten.
-    void takeListed(const std::vector<LVListSlotState> &listed, const std::vector<NSString *> &names)
+    void forget(LVListSlot slot)
     {
-        std::vector<bool> seen(known.size(), false);
-        for (size_t index = 0; index < listed.size(); index++) {
-            const LVListSlotState &state = listed[index];
-            if (state.slot >= known.size()) {
-                known.resize(state.slot + 1);
-                position.resize(state.slot + 1);
-                seen.resize(state.slot + 1, false);
-            }
-            position[state.slot] = index;
-            seen[state.slot] = true;
-            Known &entry = known[state.slot];
-            if (!entry.live || entry.generation != state.generation) {
-                if (entry.live)
-                    forget(state.slot);
-                learn(state, names[index]);
-                continue;
-            }
-            if (entry.touches != state.touches) {
-                entry.touches = state.touches;
-                entry.needsPlace = entry.needsPlace || sortType != LVSortByName;
-            }
-            if (names[index] != entry.mailName.text && ![names[index] isEqualToString:entry.mailName.text])
-                rename(state.slot, names[index]);
+        leaveRun(slot);
+        known[slot] = Known();
+        rowsChanged = true;
+    }
+
+    // Without collation keys the names are compared as -localizedCompare: compares them.
+    int compareNames(const Name &a, NSString *aText, const Name &b, NSString *bText) const
+    {
+        int order = 0;
+        if (keyed) {
+            order = a.key.compare(b.key);
+        } else {
+            NSComparisonResult result = [[aText lowercaseString] localizedCompare:[bText lowercaseString]];
+            order = result == NSOrderedSame ? 0 : (result == NSOrderedAscending ? -1 : 1);
         }
-        for (LVListSlot slot = 0; slot < known.size(); slot++) {
-            if (known[slot].live && !seen[slot])
-                forget(slot);
-        }
-    }
-
-    void forgetWhatMailSaidOfEveryone()
-    {
-        for (Known &entry : known)
-            entry.needsFacts = entry.needsFacts || entry.live;
-        for (auto &run : runs)
-            runsToName.insert(run.first);
-    }
-
-    // A run of one shows Mail's name; a longer run takes the names the describer gives.
-    void nameRuns(id<LVMailboxDescribing> describer)
-    {
-        for (const std::u16string &name : runsToName) {
-            auto run = runs.find(name);
-            if (run == runs.end())
-                continue;
-            std::vector<LVListSlot> &members = run->second;
-            if (members.size() == 1) {
-                Known &only = known[members[0]];
-                [only.record setDisplayName:only.mailName.text];
-                showName(members[0], only.mailName);
-                runsWithShownTies.erase(name);
-                continue;
-            }
-            std::sort(members.begin(), members.end(), [this](LVListSlot a, LVListSlot b) { return position[a] < position[b]; });
-            NSMutableArray *group = [NSMutableArray arrayWithCapacity:members.size()];
-            for (LVListSlot slot : members)
-                [group addObject:known[slot].record];
-            [describer lv_nameMailboxesSharingName:group];
-            std::unordered_set<std::u16string> spellings;
-            bool ties = false;
-            for (LVListSlot slot : members) {
-                showRecordName(slot);
-                ties = !spellings.insert(known[slot].shownName.spelling).second || ties;
-            }
-            if (ties)
-                runsWithShownTies.insert(name);
-            else
-                runsWithShownTies.erase(name);
-        }
-        runsToName.clear();
-    }
-
-    // Collation keys cost more than the rest of naming: a name that did not change keeps its own.
-    void showRecordName(LVListSlot slot)
-    {
-        NSString *text = [known[slot].record displayName];
-        if (known[slot].shownName.text != nil && [text isEqualToString:known[slot].shownName.text])
-            return;
-        Name shown;
-        setName(shown, text, collator);
-        showName(slot, shown);
-        clearName(shown);
-    }
-
-    void showName(LVListSlot slot, const Name &name)
-    {
-        Known &entry = known[slot];
-        if (entry.shownName.text != nil && entry.shownName.spelling == name.spelling)
-            return;
-        clearName(entry.shownName);
-        entry.shownName = name;
-        [entry.shownName.text retain];
-        [entry.shownName.folded retain];
-        entry.needsPlace = entry.needsPlace || sortType == LVSortByName;
-    }
-
-    void askForFacts(id<LVMailboxDescribing> describer)
-    {
-        for (Known &entry : known) {
-            if (!entry.live || !entry.needsFacts)
-                continue;
-            NSString *toolTip = [[describer lv_toolTipForMailbox:entry.mailbox] retain];
-            NSImage *icon = [[describer lv_iconForMailbox:entry.mailbox] retain];
-            [entry.toolTip release];
-            [entry.icon release];
-            entry.toolTip = toolTip;
-            entry.icon = icon;
-            entry.needsFacts = false;
-        }
+        return order != 0 ? order : a.spelling.compare(b.spelling);
     }
 
     // The menu order: by the sort type's key, then by Mail's name, then as the list stands.
-    bool before(LVListSlot a, LVListSlot b) const
+    bool before(LVListSlot a, LVListSlot b, const Texts &texts) const
     {
         const Known &x = known[a], &y = known[b];
-        if (sortType != LVSortByName) {
+        if (key != LVRecordKeyName) {
             if (x.sortKey != y.sortKey)
                 return x.sortKey > y.sortKey;
         } else {
-            int order = compareNames(x.shownName, y.shownName, keyed);
+            int order = compareNames(x.shownName, texts.shownNames[a], y.shownName, texts.shownNames[b]);
             if (order != 0)
                 return order < 0;
         }
-        int order = compareNames(x.mailName, y.mailName, keyed);
+        int order = compareNames(x.mailName, texts.mailNames[a], y.mailName, texts.mailNames[b]);
         if (order != 0)
             return order < 0;
-        return position[a] < position[b];
-    }
-
-    double sortKeyOf(LorvaneMailbox *record) const
-    {
-        if (sortType == LVSortByAccesses)
-            return [record accesses];
-        return [[record date] timeIntervalSinceReferenceDate];
+        return x.position < y.position;
     }
 
     // Records whose names tie within their run follow the list, which eviction may have
     // reordered: they are placed again with the records whose keys changed.
-    void place()
+    void place(const Texts &texts)
     {
-        if (sortType == LVSortByName) {
+        if (key == LVRecordKeyName) {
             for (const std::u16string &name : runsWithShownTies) {
                 for (LVListSlot slot : runs[name])
                     known[slot].needsPlace = true;
@@ -310,23 +132,24 @@ struct LVMenuOrderState {
             Known &entry = known[slot];
             if (!entry.live || !entry.needsPlace)
                 continue;
-            if (sortType != LVSortByName)
-                entry.sortKey = sortKeyOf(entry.record);
-            order.insert(std::upper_bound(order.begin(), order.end(), slot, [this](LVListSlot a, LVListSlot b) { return before(a, b); }), slot);
+            if (key != LVRecordKeyName)
+                entry.sortKey = LVRecordKeyValue(texts.records[slot], (LVRecordKey)key);
+            auto at = std::upper_bound(order.begin(), order.end(), slot, [&](LVListSlot a, LVListSlot b) { return before(a, b, texts); });
+            order.insert(at, slot);
             entry.needsPlace = false;
+            rowsChanged = true;
         }
     }
 };
 
-// Mail's name of every listed mailbox, or NO when one has none.
-static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vector<NSString *> &names)
+// The objects of an array by slot, as a view; free slots read as NSNull.
+static std::vector<id> viewOf(NSMutableArray *bySlot, size_t count)
 {
-    for (size_t index = 0; index < listed.size(); index++) {
-        names[index] = [listed[index].mailbox displayName];
-        if (names[index] == nil)
-            return NO;
-    }
-    return YES;
+    while ([bySlot count] < count)
+        [bySlot addObject:[NSNull null]];
+    std::vector<id> view(count);
+    [bySlot getObjects:view.data() range:NSMakeRange(0, count)];
+    return view;
 }
 
 @implementation LVMenuOrder
@@ -335,61 +158,242 @@ static BOOL readMailNames(const std::vector<LVListSlotState> &listed, std::vecto
 {
     if (nil == (self = [super init]))
         return nil;
+    _collator = [[LVCollator alloc] init];
+    _mailNames = [[NSMutableArray alloc] init];
+    _shownNames = [[NSMutableArray alloc] init];
+    _rowsBySlot = [[NSMutableArray alloc] init];
+    _rows = [[NSMutableArray alloc] init];
     _state = new LVMenuOrderState;
-    _state->collator = [[LVCollator alloc] init];
     return self;
 }
 
 - (void)dealloc
 {
-    _state->forgetEveryone();
-    [_state->collator release];
     delete _state;
+    [_rows release];
+    [_rowsBySlot release];
+    [_shownNames release];
+    [_mailNames release];
+    [_collator release];
     [super dealloc];
 }
 
 - (BOOL)orderList:(LVRecentList *)list sortType:(int)sortType describer:(id<LVMailboxDescribing>)describer
 {
-    // A list that keeps no order beside itself (a mailbox listed twice, a record without a
-    // mailbox or a date) is left to the records' comparators.
+    // A list that keeps no order beside itself is left to the records' comparators.
     if (![list isIndexed])
         return NO;
-    LVMenuOrderState &state = *_state;
-    std::vector<LVListSlotState> listed([list count]);
-    [list getSlotStates:listed.data()];
-    std::vector<NSString *> names(listed.size());
-    if (!readMailNames(listed, names))
-        return NO;
-
-    if ([state.collator followCurrentLocale] || state.sortType != menuSortType(sortType)) {
-        state.keyed = [state.collator makesKeys];
-        state.forgetEveryone();
-        state.sortType = menuSortType(sortType);
+    NSUInteger count = [list count], slotCount = [list slotCount];
+    const LVListSlot *slots = [list slots];
+    _state->known.resize(std::max((size_t)slotCount, _state->known.size()));
+    Texts texts = { viewOf(_mailNames, slotCount), viewOf(_shownNames, slotCount), std::vector<LorvaneMailbox *>(slotCount),
+        std::vector<id<LVMailboxUid>>(slotCount) };
+    [list getRecordsBySlot:texts.records.data() mailboxes:texts.mailboxes.data()];
+    std::vector<NSString *> names(count);
+    for (NSUInteger index = 0; index < count; index++) {
+        names[index] = [texts.mailboxes[slots[index]] displayName];
+        if (names[index] == nil)
+            return NO;
     }
-    state.takeListed(listed, names);
-    if (state.forgetAll)
-        state.forgetWhatMailSaidOfEveryone();
+
+    LVMenuOrderState &state = *_state;
+    LVRecordKey key = LVRecordKeyOfSortType(sortType, NO);
+    if ([_collator followCurrentLocale] || state.key != (int)key) {
+        state.keyed = [_collator makesKeys];
+        [self lv_forgetEveryone];
+        state.key = key;
+    }
+    [self lv_takeListed:slots count:count names:names texts:texts];
+    if (state.forgetAll) {
+        for (Known &entry : state.known)
+            entry.needsFacts = entry.needsFacts || entry.live;
+        for (auto &run : state.runs)
+            state.runsToName.insert(run.first);
+    }
     state.forgetAll = false;
-    state.nameRuns(describer);
-    state.askForFacts(describer);
-    state.place();
-    [list reorderBySlots:state.order.data() count:state.order.size()];
+    [self lv_nameRunsWithDescriber:describer texts:texts];
+    [self lv_makeRowsWithDescriber:describer texts:texts];
+    state.place(texts);
+    if (state.rowsChanged) {
+        std::vector<id> rows = viewOf(_rowsBySlot, slotCount);
+        [_rows removeAllObjects];
+        for (LVListSlot slot : state.order)
+            [_rows addObject:rows[slot]];
+        state.rowsChanged = false;
+    }
+    [list reorderBySlots:state.order.data()];
     return YES;
 }
 
-- (NSUInteger)getRows:(LVMenuRow *)rows capacity:(NSUInteger)capacity
+- (NSArray *)rows
 {
-    NSUInteger count = std::min((NSUInteger)_state->order.size(), capacity);
-    for (NSUInteger index = 0; index < count; index++) {
-        const Known &entry = _state->known[_state->order[index]];
-        rows[index] = LVMenuRow { entry.record, entry.shownName.text, entry.toolTip, entry.icon };
-    }
-    return count;
+    return _rows;
 }
 
 - (void)forgetWhatMailSaid
 {
     _state->forgetAll = true;
+}
+
+#pragma mark What the list tells
+
+// Only noted: the next ordering learns a listed record, forgets a slot no longer listed and
+// reads the list's order afresh. A slot it has never seen holds a record it will learn anyway.
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index
+{
+    if (slot < _state->known.size())
+        _state->known[slot].listedAnew = true;
+}
+
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
+{
+    if (slot < _state->known.size())
+        _state->known[slot].touched = true;
+}
+
+- (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot
+{
+}
+
+- (void)recentListDidReorder:(LVRecentList *)list
+{
+}
+
+#pragma mark The steps of an ordering
+
+- (Name)lv_nameOfText:(NSString *)text
+{
+    Name name;
+    name.spelling.assign([text length], u'\0');
+    [text getCharacters:(unichar *)name.spelling.data() range:NSMakeRange(0, name.spelling.size())];
+    NSData *key = [_collator keyOfString:[text lowercaseString]];
+    name.key.assign((const char *)[key bytes], [key length]);
+    return name;
+}
+
+// What Mail said of a slot's record goes with it: a record that left is released here.
+- (void)lv_forgetSlot:(LVListSlot)slot texts:(Texts *)texts
+{
+    _state->forget(slot);
+    id none = [NSNull null];
+    for (NSMutableArray *bySlot : { _mailNames, _shownNames, _rowsBySlot })
+        [bySlot replaceObjectAtIndex:slot withObject:none];
+    if (texts != NULL)
+        texts->mailNames[slot] = texts->shownNames[slot] = none;
+}
+
+- (void)lv_forgetEveryone
+{
+    for (LVListSlot slot = 0; slot < _state->known.size(); slot++) {
+        if (_state->known[slot].live)
+            [self lv_forgetSlot:slot texts:NULL];
+    }
+    _state->order.clear();
+}
+
+// Collation keys cost more than the rest of naming: a name that did not change keeps its own.
+- (void)lv_showName:(NSString *)text ofSlot:(LVListSlot)slot texts:(Texts &)texts
+{
+    Known &entry = _state->known[slot];
+    if (texts.shownNames[slot] != [NSNull null] && [text isEqualToString:texts.shownNames[slot]])
+        return;
+    NSString *shown = [[text copy] autorelease];
+    [_shownNames replaceObjectAtIndex:slot withObject:shown];
+    texts.shownNames[slot] = shown;
+    entry.shownName = [self lv_nameOfText:shown];
+    entry.needsRow = true;
+    entry.needsPlace = entry.needsPlace || _state->key == LVRecordKeyName;
+}
+
+// Who is listed now, under which names; records that left are forgotten.
+- (void)lv_takeListed:(const LVListSlot *)slots count:(NSUInteger)count names:(const std::vector<NSString *> &)names texts:(Texts &)texts
+{
+    LVMenuOrderState &state = *_state;
+    for (NSUInteger index = 0; index < count; index++) {
+        LVListSlot slot = slots[index];
+        Known &entry = state.known[slot];
+        bool anew = !entry.live || entry.listedAnew, touched = entry.touched;
+        if (anew && entry.live)
+            [self lv_forgetSlot:slot texts:&texts];
+        entry.position = index;
+        entry.seen = true;
+        entry.listedAnew = entry.touched = false;
+        if (!anew) {
+            if (touched)
+                entry.needsPlace = entry.needsPlace || state.key != LVRecordKeyName;
+            if (names[index] == texts.mailNames[slot] || [names[index] isEqualToString:texts.mailNames[slot]])
+                continue;
+            state.leaveRun(slot);
+        }
+        entry.live = true;
+        NSString *mailName = [[names[index] copy] autorelease];
+        [_mailNames replaceObjectAtIndex:slot withObject:mailName];
+        texts.mailNames[slot] = mailName;
+        entry.mailName = [self lv_nameOfText:mailName];
+        state.joinRun(slot);
+        entry.needsFacts = entry.needsPlace = true;
+    }
+    for (LVListSlot slot = 0; slot < state.known.size(); slot++) {
+        if (state.known[slot].live && !state.known[slot].seen)
+            [self lv_forgetSlot:slot texts:&texts];
+        state.known[slot].seen = state.known[slot].listedAnew = state.known[slot].touched = false;
+    }
+}
+
+// A run of one shows Mail's name; a longer run takes the names the describer gives.
+- (void)lv_nameRunsWithDescriber:(id<LVMailboxDescribing>)describer texts:(Texts &)texts
+{
+    LVMenuOrderState &state = *_state;
+    for (const std::u16string &name : state.runsToName) {
+        auto run = state.runs.find(name);
+        if (run == state.runs.end())
+            continue;
+        std::vector<LVListSlot> &members = run->second;
+        if (members.size() == 1) {
+            LVListSlot only = members[0];
+            [texts.records[only] setDisplayName:texts.mailNames[only]];
+            [self lv_showName:texts.mailNames[only] ofSlot:only texts:texts];
+            state.runsWithShownTies.erase(name);
+            continue;
+        }
+        std::sort(members.begin(), members.end(), [&](LVListSlot a, LVListSlot b) { return state.known[a].position < state.known[b].position; });
+        NSMutableArray *group = [NSMutableArray arrayWithCapacity:members.size()];
+        for (LVListSlot slot : members)
+            [group addObject:texts.records[slot]];
+        [describer lv_nameMailboxesSharingName:group];
+        std::unordered_set<std::u16string> spellings;
+        bool ties = false;
+        for (LVListSlot slot : members) {
+            [self lv_showName:[texts.records[slot] displayName] ofSlot:slot texts:texts];
+            ties = !spellings.insert(state.known[slot].shownName.spelling).second || ties;
+        }
+        ties ? (void)state.runsWithShownTies.insert(name) : (void)state.runsWithShownTies.erase(name);
+    }
+    state.runsToName.clear();
+}
+
+// A row is made again only when its record's name or what Mail said of its mailbox changed.
+- (void)lv_makeRowsWithDescriber:(id<LVMailboxDescribing>)describer texts:(const Texts &)texts
+{
+    LVMenuOrderState &state = *_state;
+    if (std::none_of(state.known.begin(), state.known.end(), [](const Known &entry) { return entry.live && (entry.needsFacts || entry.needsRow); }))
+        return;
+    std::vector<id> rows = viewOf(_rowsBySlot, state.known.size());
+    id none = [NSNull null];
+    for (LVListSlot slot = 0; slot < state.known.size(); slot++) {
+        Known &entry = state.known[slot];
+        if (!entry.live || (!entry.needsFacts && !entry.needsRow))
+            continue;
+        // A row is made first with the facts asked of Mail.
+        BOOL ask = entry.needsFacts || rows[slot] == none;
+        NSString *toolTip = ask ? [describer lv_toolTipForMailbox:texts.mailboxes[slot]] : [rows[slot] toolTip];
+        NSImage *icon = ask ? [describer lv_iconForMailbox:texts.mailboxes[slot]] : [rows[slot] icon];
+        LVMenuRow *row = [[LVMenuRow alloc] initWithRecord:texts.records[slot] title:texts.shownNames[slot] toolTip:toolTip icon:icon];
+        [_rowsBySlot replaceObjectAtIndex:slot withObject:row];
+        [row release];
+        entry.needsFacts = entry.needsRow = false;
+        state.rowsChanged = true;
+    }
 }
 
 @end

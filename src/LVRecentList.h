@@ -1,4 +1,5 @@
 #import <Foundation/Foundation.h>
+#import "LVRecordOrder.h"
 #import "MailInterfaces.h"
 
 #include <stdint.h>
@@ -6,42 +7,39 @@
 @class LorvaneMailbox;
 @class LVEvictionOrder;
 @class LVMenuOrder;
-
-/* How the menus order the list; eviction drops the least used record under LVSortByAccesses
-   and the oldest under every other value. */
-enum {
-    LVSortByName = 0,
-    LVSortByDate = 1,
-    LVSortByAccesses = 2,
-};
+@class LVRecentList;
 
 /* Names one listed record for as long as it stays listed; the number may name another
    record once this one has left. */
 typedef uint32_t LVListSlot;
 
-/* One listed record as the list last saw it: who keeps notes of their own about records
-   tells from `generation` that a slot took another record, and from `touches` that its
-   count and date changed. */
-typedef struct {
-    LVListSlot slot;
-    uint32_t generation;
-    uint32_t touches;
-    LorvaneMailbox *record;
-    id<LVMailboxUid> mailbox; // the record's mailbox when it was listed
-} LVListSlotState;
+/* What the list tells the orders it keeps beside itself, as each change is made. */
+@protocol LVRecentListObserver <NSObject>
+/* The record now stands in `slot`, at `index` of the list. */
+- (void)recentList:(LVRecentList *)list didListRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot atIndex:(NSUInteger)index;
+/* The record in `slot` left the list; the slot is free. */
+- (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot;
+/* The record in `slot` changed its count or date; it kept its place. */
+- (void)recentList:(LVRecentList *)list didTouchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot;
+/* The list holds the same records in another order. */
+- (void)recentListDidReorder:(LVRecentList *)list;
+@end
 
 /*
- * The recent-mailbox list: LorvaneMailbox records, index 0 the front.
+ * The recent-mailbox list: LorvaneMailbox records, index 0 the front. It owns its records.
  *
  * This class exists so that the list the provider holds answers Mail's busiest questions
- * without walking or sorting itself:
- *  - which record holds a mailbox (by identity of the mailbox object);
- *  - which record eviction drops: the last one once the list is sorted, stably, newest first
- *    (most used first under sort type 2). That order is kept beside the list through every
- *    change, so making room costs a copy of it, never a sort.
+ * without sorting itself:
+ *  - which record holds a mailbox, by the identity of the mailbox object, through a hash table;
+ *  - which record eviction drops: the last one once the list is sorted, stably, by its
+ *    eviction key (LVRecordKeyOfSortType). That order (LVEvictionOrder) is kept beside the
+ *    list through every change, so making room costs a copy of it, never a sort.
+ * Beside it the list keeps the menus' order (LVMenuOrder). Both learn of every change through
+ * LVRecentListObserver and nothing else; each record is known to them by its slot.
+ *
  * It answers every NSMutableArray message as a plain array does, and a change made through
- * any of them keeps what it keeps beside itself right. A listed record's count and date must
- * change only through the list (-touchRecordOfMailbox:date:, -incrementAccessesOfRecordAtIndex:).
+ * any of them is told to the orders. A listed record's count and date must change only
+ * through the list (-touchRecordOfMailbox:date:, -incrementAccessesOfRecordAtIndex:).
  *
  * A list that holds a mailbox twice, a record without a mailbox, or, where dates order it,
  * a record without a date, has no such order: it is walked and sorted with the records'
@@ -49,7 +47,9 @@ typedef struct {
  */
 @interface LVRecentList : NSMutableArray
 {
-    struct LVRecentListState *_state; // owned
+    struct LVRecentListState *_state; // owned: plain values only
+    NSMutableArray *_recordsBySlot;   // owned: the records, each at its slot; _free where free
+    NSNull *_free;                    // what a free slot holds
     unsigned long _mutations;         // what fast enumeration watches
     LVEvictionOrder *_evictionOrder;  // owned
     LVMenuOrder *_menuOrder;          // owned
@@ -57,17 +57,15 @@ typedef struct {
 
 - (id)initWithSortType:(int)sortType;
 
-/* The sort type whose eviction order the list keeps; changing it files every record again. */
-- (int)sortType;
-- (void)setSortType:(int)sortType;
+/* The key of the eviction order the list keeps, chosen by the sort type it was made with. */
+- (LVRecordKey)evictionKey;
 
 /* YES while the list keeps its eviction order: each mailbox listed once, every record with a
    mailbox and, where dates order the list, a date. */
 - (BOOL)isIndexed;
 
-/* The first record, in list order, whose mailbox is this very object; nil when none is. */
-- (LorvaneMailbox *)recordWithMailbox:(id<LVMailboxUid>)mailbox;
-/* Its index, or -1. */
+/* The index of the first record, in list order, whose mailbox is this very object; -1 when
+   none is. */
 - (int)indexOfMailbox:(id<LVMailboxUid>)mailbox;
 
 /* One more use of the first record that holds the mailbox, dated `date`; it keeps its place.
@@ -79,11 +77,21 @@ typedef struct {
 - (void)sortInEvictionOrder;
 /* The same, then the last record removed. The list must not be empty. */
 - (void)removeLastRecordInEvictionOrder;
+/* The list sorted in eviction order, then YES when `record` ranks before its last record.
+   The list must not be empty. */
+- (BOOL)ranksBeforeLastRecordInEvictionOrder:(LorvaneMailbox *)record;
 
-/* The listed records, front first; `states` holds room for -count. */
-- (void)getSlotStates:(LVListSlotState *)states;
-/* Puts the records in the order of the slots given: every listed slot once. */
-- (void)reorderBySlots:(const LVListSlot *)slots count:(NSUInteger)count;
+/* For the orders: the listed slots, front first, valid until the next change (-count of them);
+   the record in a listed slot; the records in bulk; the records put in the order of the slots
+   given, every listed slot once. */
+- (const LVListSlot *)slots;
+- (LorvaneMailbox *)recordInSlot:(LVListSlot)slot;
+/* One more than the highest slot the list has used. */
+- (NSUInteger)slotCount;
+/* The listed records and the mailbox each held when it was listed, by slot, into buffers of
+   -slotCount entries each; nil for a free slot. */
+- (void)getRecordsBySlot:(LorvaneMailbox **)records mailboxes:(id<LVMailboxUid> *)mailboxes;
+- (void)reorderBySlots:(const LVListSlot *)slots;
 
 /* The order and names the recent submenus show, kept beside the list from one opening to
    the next. */

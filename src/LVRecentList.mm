@@ -7,24 +7,14 @@
 #include <unordered_map>
 #include <vector>
 
-namespace {
-
-struct Entry {
-    LorvaneMailbox *record = nil;   // retained while listed
-    id<LVMailboxUid> mailbox = nil; // the record's mailbox when it was listed
-    uint32_t generation = 0;
-    uint32_t touches = 0;
-};
-
-struct Listing {
-    LVListSlot slot; // the first record, in list order, that holds the mailbox
-    uint32_t count;
-};
-
-} // namespace
-
+// What the list keeps beside its records: plain values only.
 struct LVRecentListState {
-    std::vector<Entry> entries; // by slot
+    // A listed mailbox, known by the address of Mail's object.
+    struct Listing {
+        LVListSlot slot; // the first record, in list order, that holds the mailbox
+        uint32_t count;
+    };
+    std::vector<const void *> mailboxBySlot; // the record's mailbox when it was listed
     std::vector<LVListSlot> freeSlots;
     std::vector<LVListSlot> order; // the list, front first
     std::unordered_map<const void *, Listing> listings;
@@ -36,28 +26,30 @@ struct LVRecentListState {
         return mailboxesListedTwice == 0 && recordsWithoutMailbox == 0;
     }
 
-    void countMailbox(LVListSlot slot, const Entry &entry)
+    void countMailbox(LVListSlot slot)
     {
-        if (entry.mailbox == nil) {
+        const void *mailbox = mailboxBySlot[slot];
+        if (mailbox == nullptr) {
             recordsWithoutMailbox++;
             return;
         }
-        auto found = listings.find((const void *)entry.mailbox);
+        auto found = listings.find(mailbox);
         if (found == listings.end()) {
-            listings[(const void *)entry.mailbox] = Listing { slot, 1 };
+            listings[mailbox] = Listing { slot, 1 };
             return;
         }
         if (found->second.count++ == 1)
             mailboxesListedTwice++;
     }
 
-    void uncountMailbox(LVListSlot slot, const Entry &entry)
+    void uncountMailbox(LVListSlot slot)
     {
-        if (entry.mailbox == nil) {
+        const void *mailbox = mailboxBySlot[slot];
+        if (mailbox == nullptr) {
             recordsWithoutMailbox--;
             return;
         }
-        auto found = listings.find((const void *)entry.mailbox);
+        auto found = listings.find(mailbox);
         if (--found->second.count == 0) {
             listings.erase(found);
             return;
@@ -65,29 +57,26 @@ struct LVRecentListState {
         if (found->second.count == 1)
             mailboxesListedTwice--;
         if (found->second.slot == slot)
-            found->second.slot = firstSlotHolding(entry.mailbox, slot);
+            found->second.slot = firstSlotHolding(mailbox, slot);
     }
 
-    LVListSlot firstSlotHolding(id<LVMailboxUid> mailbox, LVListSlot except)
+    LVListSlot firstSlotHolding(const void *mailbox, LVListSlot except) const
     {
         for (LVListSlot slot : order) {
-            if (slot != except && entries[slot].mailbox == mailbox)
+            if (slot != except && mailboxBySlot[slot] == mailbox)
                 return slot;
         }
         return except;
     }
 
     // The slot of the first record holding the mailbox, or -1.
-    long slotHolding(id<LVMailboxUid> mailbox)
+    long slotHolding(const void *mailbox) const
     {
-        if (mailbox == nil) {
-            for (LVListSlot slot : order) {
-                if (entries[slot].mailbox == nil)
-                    return slot;
-            }
-            return -1;
+        if (mailbox == nullptr) {
+            auto found = std::find_if(order.begin(), order.end(), [this](LVListSlot slot) { return mailboxBySlot[slot] == nullptr; });
+            return found != order.end() ? (long)*found : -1;
         }
-        auto found = listings.find((const void *)mailbox);
+        auto found = listings.find(mailbox);
         if (found == listings.end())
             return -1;
         // Of a mailbox listed twice, the first listing is the one nearest the front.
@@ -97,76 +86,27 @@ struct LVRecentListState {
     LVListSlot takeSlot()
     {
         if (freeSlots.empty()) {
-            entries.emplace_back();
-            return (LVListSlot)(entries.size() - 1);
+            mailboxBySlot.push_back(nullptr);
+            return (LVListSlot)(mailboxBySlot.size() - 1);
         }
         LVListSlot slot = freeSlots.back();
         freeSlots.pop_back();
         return slot;
     }
-
-    void insert(LorvaneMailbox *record, size_t index, LVEvictionOrder *eviction)
-    {
-        LVListSlot slot = takeSlot();
-        Entry &entry = entries[slot];
-        entry.record = [record retain];
-        entry.mailbox = [record uid];
-        entry.generation++;
-        entry.touches = 0;
-        countMailbox(slot, entry);
-        order.insert(order.begin() + (long)index, slot);
-        if (!mailboxesIndexable())
-            [eviction invalidate];
-        [eviction fileRecord:record inSlot:slot atIndex:index ofList:order.data() count:order.size()];
-    }
-
-    // The record leaves the list's notes; the caller releases it.
-    LorvaneMailbox *remove(size_t index, LVEvictionOrder *eviction)
-    {
-        LVListSlot slot = order[index];
-        Entry &entry = entries[slot];
-        [eviction unfileSlot:slot];
-        order.erase(order.begin() + (long)index);
-        uncountMailbox(slot, entry);
-        LorvaneMailbox *record = entry.record;
-        entry.record = nil;
-        entry.mailbox = nil;
-        freeSlots.push_back(slot);
-        return record;
-    }
-
-    // A listed record's count or date changed: it is filed again under its new key.
-    void touch(LVListSlot slot, LVEvictionOrder *eviction)
-    {
-        entries[slot].touches++;
-        [eviction refileSlot:slot ofList:order.data() count:order.size()];
-    }
-
-    void removeAll()
-    {
-        for (LVListSlot slot : order) {
-            [entries[slot].record release];
-            entries[slot].record = nil;
-            entries[slot].mailbox = nil;
-            freeSlots.push_back(slot);
-        }
-        order.clear();
-        listings.clear();
-        mailboxesListedTwice = recordsWithoutMailbox = 0;
-    }
 };
 
-static SEL evictionComparator(int sortType)
-{
-    return sortType == LVSortByAccesses ? @selector(sortCompareAccesses:) : @selector(sortCompareDate:);
-}
-
-// The exception a plain array raises for an index past its last element.
+// The exception a plain array raises for an index past its end.
 static void checkIndex(NSUInteger index, NSUInteger count)
 {
     if (index >= count)
         [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)count];
 }
+
+@interface LVRecentList (LVSlots)
+- (void)lv_listRecord:(LorvaneMailbox *)record atIndex:(NSUInteger)index;
+- (void)lv_unlistRecordAtIndex:(NSUInteger)index;
+- (void)lv_touchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot;
+@end
 
 @implementation LVRecentList
 
@@ -175,7 +115,9 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (nil == (self = [super init]))
         return nil;
     _state = new LVRecentListState;
-    _evictionOrder = [[LVEvictionOrder alloc] initWithSortType:sortType];
+    _recordsBySlot = [[NSMutableArray alloc] init];
+    _free = [[NSNull null] retain];
+    _evictionOrder = [[LVEvictionOrder alloc] initWithList:self key:LVRecordKeyOfSortType(sortType, YES)];
     _menuOrder = [[LVMenuOrder alloc] init];
     return self;
 }
@@ -204,10 +146,11 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 
 - (void)dealloc
 {
-    _state->removeAll();
-    delete _state;
     [_evictionOrder release];
     [_menuOrder release];
+    [_recordsBySlot release];
+    [_free release];
+    delete _state;
     [super dealloc];
 }
 
@@ -221,7 +164,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (id)objectAtIndex:(NSUInteger)index
 {
     checkIndex(index, _state->order.size());
-    return _state->entries[_state->order[index]].record;
+    return [_recordsBySlot objectAtIndex:_state->order[index]];
 }
 
 - (void)getObjects:(id *)objects range:(NSRange)range
@@ -229,7 +172,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (NSMaxRange(range) > _state->order.size())
         [NSException raise:NSRangeException format:@"range beyond bounds (%lu)", (unsigned long)_state->order.size()];
     for (NSUInteger i = 0; i < range.length; i++)
-        objects[i] = _state->entries[_state->order[range.location + i]].record;
+        objects[i] = [_recordsBySlot objectAtIndex:_state->order[range.location + i]];
 }
 
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state objects:(id *)buffer count:(NSUInteger)length
@@ -237,8 +180,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     NSUInteger from = state->state;
     NSUInteger count = _state->order.size();
     NSUInteger taken = from < count ? std::min(length, count - from) : 0;
-    for (NSUInteger i = 0; i < taken; i++)
-        buffer[i] = _state->entries[_state->order[from + i]].record;
+    [self getObjects:buffer range:NSMakeRange(from, taken)];
     state->state = from + taken;
     state->itemsPtr = buffer;
     state->mutationsPtr = &_mutations;
@@ -265,7 +207,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     if (index > _state->order.size())
         [NSException raise:NSRangeException format:@"index %lu beyond bounds (%lu)", (unsigned long)index, (unsigned long)_state->order.size()];
     _mutations++;
-    _state->insert(record, index, _evictionOrder);
+    [self lv_listRecord:record atIndex:index];
 }
 
 - (void)addObject:(id)record
@@ -277,8 +219,7 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 {
     checkIndex(index, _state->order.size());
     _mutations++;
-    // Released only once the notes no longer mention it: its -dealloc may look at the list.
-    [_state->remove(index, _evictionOrder) release];
+    [self lv_unlistRecordAtIndex:index];
 }
 
 - (void)removeLastObject
@@ -298,20 +239,15 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 - (void)removeAllObjects
 {
     _mutations++;
-    _state->removeAll();
-    [_evictionOrder unfileAll];
+    while (!_state->order.empty())
+        [self lv_unlistRecordAtIndex:_state->order.size() - 1];
 }
 
 #pragma mark The list's own questions
 
-- (int)sortType
+- (LVRecordKey)evictionKey
 {
-    return [_evictionOrder sortType];
-}
-
-- (void)setSortType:(int)sortType
-{
-    [_evictionOrder setSortType:sortType];
+    return [_evictionOrder key];
 }
 
 - (BOOL)isIndexed
@@ -319,15 +255,9 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     return _state->mailboxesIndexable() && [_evictionOrder keysEveryRecord];
 }
 
-- (LorvaneMailbox *)recordWithMailbox:(id<LVMailboxUid>)mailbox
-{
-    long slot = _state->slotHolding(mailbox);
-    return slot >= 0 ? _state->entries[(LVListSlot)slot].record : nil;
-}
-
 - (int)indexOfMailbox:(id<LVMailboxUid>)mailbox
 {
-    long slot = _state->slotHolding(mailbox);
+    long slot = _state->slotHolding((const void *)mailbox);
     if (slot < 0)
         return -1;
     auto found = std::find(_state->order.begin(), _state->order.end(), (LVListSlot)slot);
@@ -336,13 +266,13 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 
 - (LorvaneMailbox *)touchRecordOfMailbox:(id<LVMailboxUid>)mailbox date:(NSDate *)date
 {
-    long slot = _state->slotHolding(mailbox);
+    long slot = _state->slotHolding((const void *)mailbox);
     if (slot < 0)
         return nil;
-    LorvaneMailbox *record = _state->entries[(LVListSlot)slot].record;
+    LorvaneMailbox *record = [_recordsBySlot objectAtIndex:(NSUInteger)slot];
     [record incrementAccesses];
     [record setDate:date];
-    _state->touch((LVListSlot)slot, _evictionOrder);
+    [self lv_touchRecord:record inSlot:(LVListSlot)slot];
     return record;
 }
 
@@ -350,17 +280,20 @@ static void checkIndex(NSUInteger index, NSUInteger count)
 {
     LorvaneMailbox *record = [self objectAtIndex:index];
     [record incrementAccesses];
-    _state->touch(_state->order[index], _evictionOrder);
+    [self lv_touchRecord:record inSlot:_state->order[index]];
 }
 
 - (void)sortInEvictionOrder
 {
     if (![self isIndexed]) {
-        [self sortUsingSelector:evictionComparator([self sortType])];
+        [self sortUsingSelector:LVComparatorOfRecordKey([self evictionKey])];
         return;
     }
-    if ([_evictionOrder sortList:_state->order.data() count:_state->order.size()])
-        _mutations++;
+    if (![_evictionOrder sortSlots:_state->order.data() count:_state->order.size()])
+        return;
+    // The eviction order made this order itself: only the menus' order is told.
+    _mutations++;
+    [_menuOrder recentListDidReorder:self];
 }
 
 - (void)removeLastRecordInEvictionOrder
@@ -369,28 +302,96 @@ static void checkIndex(NSUInteger index, NSUInteger count)
     [self removeLastObject];
 }
 
-- (void)getSlotStates:(LVListSlotState *)states
+- (BOOL)ranksBeforeLastRecordInEvictionOrder:(LorvaneMailbox *)record
 {
-    for (size_t index = 0; index < _state->order.size(); index++) {
-        LVListSlot slot = _state->order[index];
-        const Entry &entry = _state->entries[slot];
-        states[index] = LVListSlotState { slot, entry.generation, entry.touches, entry.record, entry.mailbox };
+    [self sortInEvictionOrder];
+    LorvaneMailbox *last = [self lastObject];
+    SEL comparator = LVComparatorOfRecordKey([self evictionKey]);
+    IMP compare = [last methodForSelector:comparator];
+    return ((NSComparisonResult(*)(id, SEL, id))compare)(last, comparator, record) == NSOrderedDescending;
+}
+
+#pragma mark For the orders
+
+- (const LVListSlot *)slots
+{
+    return _state->order.data();
+}
+
+- (LorvaneMailbox *)recordInSlot:(LVListSlot)slot
+{
+    return [_recordsBySlot objectAtIndex:slot];
+}
+
+- (NSUInteger)slotCount
+{
+    return [_recordsBySlot count];
+}
+
+// One message for the whole list: an opening reads every record, and a message per record
+// costs it more than the rest of its work on them.
+- (void)getRecordsBySlot:(LorvaneMailbox **)records mailboxes:(id<LVMailboxUid> *)mailboxes
+{
+    [_recordsBySlot getObjects:records range:NSMakeRange(0, [_recordsBySlot count])];
+    for (NSUInteger slot = 0; slot < _state->mailboxBySlot.size(); slot++) {
+        mailboxes[slot] = (id<LVMailboxUid>)_state->mailboxBySlot[slot];
+        records[slot] = records[slot] != (id)_free ? records[slot] : nil;
     }
 }
 
-- (void)reorderBySlots:(const LVListSlot *)slots count:(NSUInteger)count
+- (void)reorderBySlots:(const LVListSlot *)slots
 {
-    NSAssert(count == _state->order.size(), @"a new order must hold every listed record");
-    if (std::equal(slots, slots + count, _state->order.begin()))
+    if (std::equal(slots, slots + _state->order.size(), _state->order.begin()))
         return;
     _mutations++;
-    _state->order.assign(slots, slots + count);
-    [_evictionOrder listReordered:_state->order.data() count:count];
+    std::copy(slots, slots + _state->order.size(), _state->order.begin());
+    [_evictionOrder recentListDidReorder:self];
+    [_menuOrder recentListDidReorder:self];
 }
 
 - (LVMenuOrder *)menuOrder
 {
     return _menuOrder;
+}
+
+@end
+
+@implementation LVRecentList (LVSlots)
+
+- (void)lv_listRecord:(LorvaneMailbox *)record atIndex:(NSUInteger)index
+{
+    LVListSlot slot = _state->takeSlot();
+    if (slot == [_recordsBySlot count])
+        [_recordsBySlot addObject:record];
+    else
+        [_recordsBySlot replaceObjectAtIndex:slot withObject:record];
+    _state->mailboxBySlot[slot] = (const void *)[record uid];
+    _state->countMailbox(slot);
+    _state->order.insert(_state->order.begin() + (long)index, slot);
+    if (!_state->mailboxesIndexable())
+        [_evictionOrder forgetOrder];
+    [_evictionOrder recentList:self didListRecord:record inSlot:slot atIndex:index];
+    [_menuOrder recentList:self didListRecord:record inSlot:slot atIndex:index];
+}
+
+// The record is released only once the orders no longer mention it: its -dealloc may look
+// at the list.
+- (void)lv_unlistRecordAtIndex:(NSUInteger)index
+{
+    LVListSlot slot = _state->order[index];
+    [_evictionOrder recentList:self didUnlistSlot:slot];
+    [_menuOrder recentList:self didUnlistSlot:slot];
+    _state->order.erase(_state->order.begin() + (long)index);
+    _state->uncountMailbox(slot);
+    _state->mailboxBySlot[slot] = nullptr;
+    _state->freeSlots.push_back(slot);
+    [_recordsBySlot replaceObjectAtIndex:slot withObject:_free];
+}
+
+- (void)lv_touchRecord:(LorvaneMailbox *)record inSlot:(LVListSlot)slot
+{
+    [_evictionOrder recentList:self didTouchRecord:record inSlot:slot];
+    [_menuOrder recentList:self didTouchRecord:record inSlot:slot];
 }
 
 @end

@@ -1,15 +1,16 @@
 #import "LorvaneBundle_Provider.h"
-#import "LorvaneBundle_Provider+Menus.h"
+#import "LVMailboxNames.h"
 #import "LVMenuOrder.h"
+#import "LVPlainMenuOrder.h"
 #import "LVPreferencesFile.h"
+#import "LVRecentItemsLimit.h"
 #import "LVRecentList.h"
+#import "LVRecentSubmenu.h"
+#import "LVSavedList.h"
 #import "LorvaneMailbox.h"
-#import "PropertyListReader.h"
 #import "Utilities.h"
 
 #include <cstdio>
-#include <unordered_set>
-#include <vector>
 
 // Carbon's system-version call. Mail's process provides it; the symbol is resolved when
 // the bundle is loaded, so the plug-in never links against Carbon.
@@ -25,27 +26,6 @@ static id _activeLorvaneBundle_Provider = nil;
 static const unsigned int LVGestaltSystemVersion = 0x73797376;
 // 10.6.0 in Gestalt's one-digit-per-nibble form; anything older lacks what Mail's hooks need.
 static const int LVOldestSupportedSystem = 0x1060;
-
-#pragma mark - Helpers
-
-static NSArray *activeAccounts(void)
-{
-    return [(Class<LVMailAccount>)LVMailClass("MailAccount") activeAccounts];
-}
-
-// The value under the key when it is a dictionary; nil for anything else, a nil list included.
-static NSDictionary *dictionaryIn(id plist, NSString *key)
-{
-    id value = [plist isKindOfClass:[NSDictionary class]] ? [plist objectForKey:key] : nil;
-    return [value isKindOfClass:[NSDictionary class]] ? value : nil;
-}
-
-static NSComparisonResult compareForEviction(int sortType, LorvaneMailbox *receiver, LorvaneMailbox *other)
-{
-    if (sortType == LVSortByAccesses)
-        return [receiver sortCompareAccesses:other];
-    return [receiver sortCompareDate:other];
-}
 
 // The two start-up alerts: modal on purpose, so the user knows why Lorvane does nothing
 // before Mail finishes starting. The icon comes from the bundle of the class given.
@@ -78,86 +58,49 @@ static void gatherInstalledBundleNames(void)
     }
 }
 
-// A loaded record takes one of the mailboxes that bear its saved path and a place, unless the
-// list is full and the record ranks no better than the worst one kept: ties go to the record
-// loaded first. A limit of 0 keeps nothing (the empty list has no last record).
-static void placeLoadedRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox, LVRecentList *list, int limit, int sortType)
+// The debugging dumps: Mail's name and address of each listed mailbox, and its path.
+static void printList(NSArray *list, const char *title, BOOL withPaths)
 {
-    [record setUid:mailbox];
-    if ([list count] == (NSUInteger)limit) {
-        [list sortInEvictionOrder];
-        if (compareForEviction(sortType, [list lastObject], record) != NSOrderedDescending)
-            return;
-        [list removeLastObject];
+    std::printf("***************** BEGIN %s *****************\n", title);
+    for (LorvaneMailbox *record in list) {
+        id<LVMailboxUid> uid = [record uid];
+        const char *name = [[uid displayName] UTF8String];
+        const char *path = [[uid fullPath] UTF8String];
+        if (withPaths)
+            std::printf("%s, %p, %s\n", name != NULL ? name : "(null)", (void *)uid, path != NULL ? path : "(null)");
+        else
+            std::printf("%s, %p\n", name != NULL ? name : "(null)", (void *)uid);
     }
-    [list insertObject:record atIndex:0];
+    std::printf("***************** END %s *****************\n", title);
 }
 
-// Mailboxes are found again by their full path alone, over every active account. The
-// accounts are walked once for all records; then each record, in file order, takes every
-// mailbox that bears its path, in the order Mail lists them.
-static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, int sortType)
-{
-    NSMutableDictionary *recordIndexesByPath = [NSMutableDictionary dictionaryWithCapacity:[paths count]];
-    for (NSUInteger index = 0; index < [paths count]; index++) {
-        NSMutableArray *indexes = [recordIndexesByPath objectForKey:[paths objectAtIndex:index]];
-        if (indexes == nil) {
-            indexes = [NSMutableArray array];
-            [recordIndexesByPath setObject:indexes forKey:[paths objectAtIndex:index]];
-        }
-        [indexes addObject:[NSNumber numberWithUnsignedInteger:index]];
-    }
-    std::vector<std::vector<id<LVMailboxUid>>> matches([records count]);
-    if ([records count] > 0) {
-        for (id<LVMailAccount> account in activeAccounts()) {
-            for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
-                NSString *fullPath = [mailbox fullPath];
-                if (fullPath == nil)
-                    continue;
-                for (NSNumber *index in [recordIndexesByPath objectForKey:fullPath])
-                    matches[[index unsignedIntegerValue]].push_back(mailbox);
-            }
-        }
-    }
-    // A record that matches two mailboxes takes them in turn: the list is filled first and
-    // handed over once every record has its last mailbox.
-    LVRecentList *loading = [[[LVRecentList alloc] initWithSortType:sortType] autorelease];
-    for (NSUInteger index = 0; index < [records count]; index++) {
-        for (id<LVMailboxUid> mailbox : matches[index])
-            placeLoadedRecord([records objectAtIndex:index], mailbox, loading, limit, sortType);
-    }
-    return loading;
-}
-
-// Names that the name order takes as equal ("work" and "Work", or an "é" written as one
-// character or as two) are kept in a fixed order by their exact spelling. Exactly equal names
-// then always sit together, and the menus keep their order when a restart reverses the list.
-@interface LorvaneMailbox (LVSpellingOrder)
-- (NSComparisonResult)lv_sortCompareDisplayNameThenSpelling:(LorvaneMailbox *)other;
-@end
-
-@implementation LorvaneMailbox (LVSpellingOrder)
-
-- (NSComparisonResult)lv_sortCompareDisplayNameThenSpelling:(LorvaneMailbox *)other
-{
-    NSComparisonResult order = [self sortCompareDisplayName:other];
-    return order != NSOrderedSame ? order : [[self displayName] compare:[other displayName] options:NSLiteralSearch];
-}
-
-@end
+// The five recent submenus, in the orders the passes over them keep: most visit them in one
+// order; showing rows and adding the separators keep orders of their own.
+enum LVMenuFamily {
+    LVMoveFamily,
+    LVCopyFamily,
+    LVGoToFamily,
+    LVMoveContextualFamily,
+    LVCopyContextualFamily,
+};
+static const LVMenuFamily LVFamilyOrder[] = { LVMoveFamily, LVCopyFamily, LVMoveContextualFamily, LVCopyContextualFamily, LVGoToFamily };
+static const LVMenuFamily LVFamilyShowingOrder[] = { LVMoveFamily, LVCopyFamily, LVGoToFamily, LVMoveContextualFamily, LVCopyContextualFamily };
+static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveContextualFamily, LVCopyFamily, LVCopyContextualFamily, LVGoToFamily };
 
 // The provider's own helpers. Mail sees them as methods of its MVMailBundle subclass, so each
 // bears a prefix Mail's methods never do.
 @interface LorvaneBundle_Provider (LVStartUp)
-- (int)lv_readRecentItemsLimit;
+- (void)lv_loadMenuTitles;
+- (void)lv_installMenuBarItems;
+- (void)lv_createRecentSubmenus;
+- (void)lv_createPremadeRecentItems;
+- (void)lv_finishRecentSubmenus;
+- (NSMenuItem *)lv_placeContextualItemTitled:(NSString *)title action:(SEL)action below:(SEL)above inMenu:(NSMenu *)menu orLogLine:(NSString *)logLine;
 @end
 
-@interface LorvaneBundle_Provider (LVRebuilding) <LVMailboxDescribing>
-- (void)lv_nameDuplicateMailboxes;
-- (void)lv_sortRecentMailboxesForMenus;
+@interface LorvaneBundle_Provider (LVMenuFamilies) <LVMailboxDescribing>
+- (LVRecentSubmenu *)lv_submenuOfFamily:(LVMenuFamily)family;
 @end
-
-#pragma mark -
 
 // On a Mac every NSMenuDelegate method is optional; GNUstep declares them all required,
 // and the provider answers only menuNeedsUpdate:.
@@ -278,13 +221,7 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 
 - (id<LVMailboxUid>)mailboxUidForFullPath:(NSString *)fullPath
 {
-    for (id<LVMailAccount> account in activeAccounts()) {
-        for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
-            if ([[mailbox fullPath] isEqualToString:fullPath])
-                return mailbox;
-        }
-    }
-    return nil;
+    return [LVSavedList mailboxWithFullPath:fullPath];
 }
 
 - (void)clearRecentMailboxes
@@ -293,30 +230,9 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
     [self signalUpdateMenu];
 }
 
-// A record's mailbox is live only while Mail still lists that very object and calls it
-// valid: a mailbox deleted and made again under the same path is a different mailbox.
 - (void)removeDeletedMailboxes
 {
-    std::unordered_set<const void *> listed;
-    for (LorvaneMailbox *record in _recentMailboxes)
-        listed.insert((const void *)[record uid]);
-
-    std::unordered_set<const void *> seen;
-    for (id<LVMailAccount> account in activeAccounts()) {
-        for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
-            if (listed.count((const void *)mailbox) != 0)
-                seen.insert((const void *)mailbox);
-        }
-    }
-
-    NSMutableIndexSet *deleted = [NSMutableIndexSet indexSet];
-    NSUInteger index = 0;
-    for (LorvaneMailbox *record in _recentMailboxes) {
-        id<LVMailboxUid> uid = [record uid];
-        if (seen.count((const void *)uid) == 0 || ![uid isValid])
-            [deleted addIndex:index];
-        index++;
-    }
+    NSIndexSet *deleted = [LVSavedList indexesOfRecordsWithoutMailboxIn:_recentMailboxes];
     if ([deleted count] == 0)
         return;
     [_recentMailboxes removeObjectsAtIndexes:deleted];
@@ -338,112 +254,29 @@ static NSArray *loadSavedRecords(NSArray *records, NSArray *paths, int limit, in
 
 - (void)listRecentMailboxUids
 {
-    std::printf("***************** BEGIN listRecentMailboxUids *****************\n");
-    for (LorvaneMailbox *record in _recentMailboxes) {
-        id<LVMailboxUid> uid = [record uid];
-        const char *name = [[uid displayName] UTF8String];
-        std::printf("%s, %p\n", name != NULL ? name : "(null)", (void *)uid);
-    }
-    std::printf("***************** END listRecentMailboxUids *****************\n");
+    printList(_recentMailboxes, "listRecentMailboxUids", NO);
 }
 
 - (void)listRecentMailboxes
 {
-    std::printf("***************** BEGIN listRecentMailboxes *****************\n");
-    for (LorvaneMailbox *record in _recentMailboxes) {
-        id<LVMailboxUid> uid = [record uid];
-        const char *name = [[uid displayName] UTF8String];
-        const char *path = [[uid fullPath] UTF8String];
-        std::printf("%s, %p, %s\n", name != NULL ? name : "(null)", (void *)uid, path != NULL ? path : "(null)");
-    }
-    std::printf("***************** END listRecentMailboxes *****************\n");
+    printList(_recentMailboxes, "listRecentMailboxes", YES);
 }
 
 #pragma mark Names for duplicates
 
-// Accounts are told apart by the name the user sees: two accounts that share a name
-// would not be told apart by showing it.
 - (BOOL)multipleAccountsInRecentMailboxes:(NSArray *)group
 {
-    BOOL first = YES;
-    NSString *reference = nil;
-    for (LorvaneMailbox *record in group) {
-        NSString *accountName = [[[record uid] account] displayName];
-        if (first) {
-            reference = accountName;
-            first = NO;
-            continue;
-        }
-        if (![accountName isEqualToString:reference])
-            return YES;
-    }
-    return NO;
-}
-
-// Everything before the last "/" of a mailbox's path. Mail's names are text, not path syntax:
-// an empty name, or one holding a "\", would lose its folder to the platform's path methods
-// (they trim a trailing "/", and GNUstep also reads "\" as a separator). The search is literal
-// so that a name beginning with a combining mark still ends its folder at the "/".
-static NSString *folderOfMailboxPath(NSString *relativePath)
-{
-    NSRange separator = [relativePath rangeOfString:@"/" options:NSBackwardsSearch | NSLiteralSearch];
-    return separator.location != NSNotFound ? [relativePath substringToIndex:separator.location] : @"";
+    return [LVMailboxNames accountsDifferIn:group];
 }
 
 - (void)extendNamesForDuplicateMailboxes:(NSArray *)group includesMultipleAccounts:(BOOL)multipleAccounts
 {
-    for (LorvaneMailbox *record in group) {
-        id<LVMailboxUid> uid = [record uid];
-        NSString *relativePath = [self accountRelativePathWithoutPrefixForUid:uid];
-        NSString *mailName = [uid displayName];
-        NSMutableString *name = [NSMutableString stringWithString:mailName != nil ? mailName : @""];
-
-        // A mailbox at the top of its account has its bare name as its path: no parent.
-        NSString *parent = @"";
-        if (![relativePath isEqualToString:name])
-            parent = folderOfMailboxPath(relativePath);
-
-        if (!multipleAccounts && [parent length] == 0) {
-            [record setDisplayName:name];
-            continue;
-        }
-        if (multipleAccounts) {
-            [name appendString:@" ("];
-            NSString *accountName = [[uid account] displayName];
-            if (accountName != nil)
-                [name appendString:accountName];
-        }
-        if ([parent length] > 0) {
-            [name appendString:multipleAccounts ? @"/" : @" ("];
-            [name appendString:parent];
-        }
-        [name appendString:@")"];
-        [record setDisplayName:name];
-    }
+    [LVMailboxNames nameNamesakes:group byAccount:multipleAccounts];
 }
 
-// The prefix test is on characters, not path components, and the character after the
-// prefix goes with it whatever it is: the server's folder separator is not known here.
 - (NSMutableString *)accountRelativePathWithoutPrefixForUid:(id<LVMailboxUid>)uid
 {
-    NSMutableString *path = [NSMutableString stringWithCapacity:1024];
-    NSString *relativePath = [uid accountRelativePath];
-    if (relativePath != nil)
-        [path setString:relativePath];
-
-    id account = [uid ancestralAccount];
-    Class imapAccountClass = LVMailClass(@"IMAPAccount");
-    if (imapAccountClass == Nil || ![account isKindOfClass:imapAccountClass])
-        return path;
-    NSString *prefix = [(id<LVIMAPAccount>)account serverPathPrefix];
-    if ([prefix length] == 0 || ![path hasPrefix:prefix])
-        return path;
-
-    NSUInteger length = [prefix length];
-    if ([path length] > length)
-        length++;
-    [path deleteCharactersInRange:NSMakeRange(0, length)];
-    return path;
+    return [LVMailboxNames pathInAccountOfMailbox:uid];
 }
 
 #pragma mark The preferences file
@@ -456,7 +289,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
     _sortType = [file sortType];
     NSArray *paths = nil;
     NSArray *records = [file savedRecordsWithPaths:&paths];
-    NSArray *loaded = loadSavedRecords(records, paths, _maxMailboxes, _sortType);
+    NSArray *loaded = [LVSavedList listRestoredFromRecords:records paths:paths limit:_maxMailboxes sortType:_sortType];
     [_recentMailboxes release];
     _recentMailboxes = [[LVRecentList alloc] initWithSortType:_sortType];
     [_recentMailboxes addObjectsFromArray:loaded];
@@ -487,7 +320,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
         return nil;
     }
 
-    _maxMailboxes = [self lv_readRecentItemsLimit];
+    _maxMailboxes = [LVRecentItemsLimit systemLimit];
     // Only exactly 0 is worth a word: a negative limit simply makes no items.
     if (_maxMailboxes == 0)
         showStartupAlert(@"\"Number of Recent Items\" must be > 0.", [self class]);
@@ -495,7 +328,6 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
     [self lv_loadMenuTitles];
     [self lv_installMenuBarItems];
     [self lv_createRecentSubmenus];
-    [self lv_createRecentItemArrays];
     [self lv_createPremadeRecentItems];
     [self lv_finishRecentSubmenus];
     if (!_menusOK)
@@ -543,71 +375,30 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
         [self updateMenus];
 }
 
-// The list's menu order gives the order and names the full name pass and sorts would give,
-// doing only what changed; a list it cannot order takes those steps themselves.
+// The list's menu order gives the order and names the plain passes would give, doing only
+// what changed; a list it cannot order takes the plain passes. Without menus, the records are
+// only named.
 - (void)updateMenus
 {
     if (_recentMailboxes == nil)
         return;
-    if (_menusOK && [[_recentMailboxes menuOrder] orderList:_recentMailboxes sortType:_sortType describer:self]) {
-        [self lv_showRowsOfMenuOrder];
+    NSArray *rows = nil;
+    LVMenuOrder *menuOrder = [_recentMailboxes menuOrder];
+    if (!_menusOK) {
+        [LVPlainMenuOrder nameList:_recentMailboxes describer:self];
+    } else if ([menuOrder orderList:_recentMailboxes sortType:_sortType describer:self]) {
+        rows = [menuOrder rows];
     } else {
-        [self lv_nameDuplicateMailboxes];
-        if (_menusOK) {
-            [self lv_sortRecentMailboxesForMenus];
-            [self lv_showRowsOfList];
-        }
+        [LVPlainMenuOrder orderList:_recentMailboxes sortType:_sortType describer:self];
+        rows = [LVPlainMenuOrder rowsOfList:_recentMailboxes capacity:[_moveToRecentSubmenuItems count] describer:self];
     }
-    [self lv_enableClearItems];
+    if (_menusOK)
+        for (LVMenuFamily family : LVFamilyShowingOrder)
+            [[self lv_submenuOfFamily:family] showRows:rows];
+    // "Clear Menu" always tells whether there is anything to clear.
+    for (LVMenuFamily family : LVFamilyOrder)
+        [[self lv_submenuOfFamily:family] setClearItemEnabled:[_recentMailboxes count] != 0];
 }
-
-// Records that share Mail's name for their mailbox sit next to each other once sorted
-// by name; each such run is told apart by account and folder. The sort starts from Mail's
-// names, not the last rebuild's: "" and " (Folder)" need not sort side by side.
-- (void)lv_nameDuplicateMailboxes
-{
-    for (LorvaneMailbox *record in _recentMailboxes)
-        [record setDisplayName:[[record uid] displayName]];
-    [_recentMailboxes sortUsingSelector:@selector(lv_sortCompareDisplayNameThenSpelling:)];
-    NSUInteger count = [_recentMailboxes count];
-    NSUInteger i = 0;
-    while (i < count) {
-        LorvaneMailbox *first = [_recentMailboxes objectAtIndex:i];
-        id<LVMailboxUid> uid = [first uid];
-        if (uid == nil) {
-            // Deliberately not skipped: the pass stays on a record it cannot name and
-            // says so on every turn, rather than give it a name it may not have.
-            NSLog(@"[Lorvane:updateMenus] invalid recentMailbox UID while searching for duplicates.");
-            continue;
-        }
-        NSString *baseName = [uid displayName] ?: @"[error: NULL baseMailboxName]";
-        [first setDisplayName:baseName];
-        NSUInteger groupStart = i++;
-        while (i < count && [[[[_recentMailboxes objectAtIndex:i] uid] displayName] isEqualToString:baseName])
-            i++;
-        // A record alone in its run keeps the bare name; only real groups get an array.
-        if (i - groupStart > 1)
-            [self lv_nameMailboxesSharingName:[_recentMailboxes subarrayWithRange:NSMakeRange(groupStart, i - groupStart)]];
-    }
-}
-
-// The order the menus show is the order the actions count their indexes in.
-- (void)lv_sortRecentMailboxesForMenus
-{
-    switch (_sortType) {
-    case LVSortByDate:
-        [_recentMailboxes sortUsingSelector:@selector(sortCompareDate:)];
-        break;
-    case LVSortByAccesses:
-        [_recentMailboxes sortUsingSelector:@selector(sortCompareAccesses:)];
-        break;
-    default:
-        [_recentMailboxes sortUsingSelector:@selector(lv_sortCompareDisplayNameThenSpelling:)];
-        break;
-    }
-}
-
-#pragma mark What the menus ask of Mail
 
 - (void)lv_nameMailboxesSharingName:(NSArray *)group
 {
@@ -617,7 +408,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 
 - (NSString *)lv_toolTipForMailbox:(id<LVMailboxUid>)mailbox
 {
-    return [self lv_toolTipForUid:mailbox];
+    return [LVMailboxNames toolTipOfMailbox:mailbox];
 }
 
 - (NSImage *)lv_iconForMailbox:(id<LVMailboxUid>)mailbox
@@ -667,23 +458,134 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 
 @implementation LorvaneBundle_Provider (LVStartUp)
 
-// The system's "Number of Recent Items". The file is binary on a Mac and comes from
-// outside the plug-in, so unreadable bytes and values of the wrong kind count as absent.
-- (int)lv_readRecentItemsLimit
+// The English text is the key; it also stands in when the bundle cannot be found, so
+// the menus never show an empty title.
+- (NSString *)lv_localizedMenuTitle:(NSString *)english
 {
-    NSString *path = [LVUserLibraryFolder() stringByAppendingPathComponent:@"Preferences/com.apple.recentitems.plist"];
-    id recentItems = [LVPropertyListReader propertyListWithContentsOfFile:path];
-    NSDictionary *documents = dictionaryIn(recentItems, @"RecentDocuments");
-    if (documents == nil) {
-        NSLog(@"[Lorvane] failed to find RecentDocuments dictionary.");
-        documents = dictionaryIn(recentItems, @"Documents");
+    if (_thisBundle == nil)
+        return english;
+    return [_thisBundle localizedStringForKey:english value:english table:@"Localizable"];
+}
+
+- (void)lv_loadMenuTitles
+{
+    _moveToRecentMenuTitle = [[self lv_localizedMenuTitle:@"Move to Recent"] retain];
+    _copyToRecentMenuTitle = [[self lv_localizedMenuTitle:@"Copy to Recent"] retain];
+    _goToRecentMenuTitle = [[self lv_localizedMenuTitle:@"Go to Recent"] retain];
+    _clearMenuTitle = [[self lv_localizedMenuTitle:@"Clear Menu"] retain];
+    _gotoMenuTitle = [[self lv_localizedMenuTitle:@"Go To"] retain];
+}
+
+// "Copy to Recent" is placed by the action just given to "Move to Recent", so it lands
+// right below it. All three are placed before any submenu hangs under them, and each is
+// attempted whatever became of the others.
+- (void)lv_installMenuBarItems
+{
+    _moveToRecentMenuItem = [self lv_menuBarItemTitled:_moveToRecentMenuTitle
+                                                action:@selector(moveToRecentFromSubmenu:)
+                                   belowItemWithAction:@selector(moveMessagesToMailbox:)];
+    _copyToRecentMenuItem = [self lv_menuBarItemTitled:_copyToRecentMenuTitle
+                                                action:@selector(copyToRecentFromSubmenu:)
+                                   belowItemWithAction:@selector(moveToRecentFromSubmenu:)];
+    _goToRecentMenuItem = [LVBundleUtilities newMenuItemWithTitle:_goToRecentMenuTitle
+                                                           action:@selector(goToRecentFromSubmenu:)
+                                                 andKeyEquivalent:@""
+                                                           inMenu:[NSApp mainMenu]
+                                            underSubmenuWithTitle:_gotoMenuTitle];
+    [self lv_noteMenuBarItem:_goToRecentMenuItem titled:_goToRecentMenuTitle];
+}
+
+- (NSMenuItem *)lv_menuBarItemTitled:(NSString *)title action:(SEL)action belowItemWithAction:(SEL)above
+{
+    NSMenuItem *item = [LVBundleUtilities newMenuItemWithTitle:title action:action andKeyEquivalent:@"" inMenu:[NSApp mainMenu] underItemWithSelector:above];
+    [self lv_noteMenuBarItem:item titled:title];
+    return item;
+}
+
+- (void)lv_noteMenuBarItem:(NSMenuItem *)item titled:(NSString *)title
+{
+    if (item != nil)
+        return;
+    NSLog(@"[Lorvane] bundle failed to add \"%@\" menu item.", title);
+    _menusOK = NO;
+}
+
+// The contextual submenus are made now but hang under nothing until the first viewer's
+// toolbar hands over the message list's menu. Each family's item array is its submenu's own.
+- (void)lv_createRecentSubmenus
+{
+    _moveToRecentSubmenu = [self lv_newRecentSubmenuTitled:@"_moveToRecentSubmenu" itemAction:@selector(moveToRecentFromSubmenu:) underItem:_moveToRecentMenuItem items:&_moveToRecentSubmenuItems];
+    _copyToRecentSubmenu = [self lv_newRecentSubmenuTitled:@"_copyToRecentSubmenu" itemAction:@selector(copyToRecentFromSubmenu:) underItem:_copyToRecentMenuItem items:&_copyToRecentSubmenuItems];
+    _goToRecentSubmenu = [self lv_newRecentSubmenuTitled:@"_goToRecentSubmenu" itemAction:@selector(goToRecentFromSubmenu:) underItem:_goToRecentMenuItem items:&_goToRecentSubmenuItems];
+    _moveToRecentContextualSubmenu = [self lv_newRecentSubmenuTitled:@"_moveToRecentContextualSubmenu" itemAction:@selector(moveToRecentFromContextualSubmenu:) underItem:nil items:&_moveToRecentContextualSubmenuItems];
+    _copyToRecentContextualSubmenu = [self lv_newRecentSubmenuTitled:@"_copyToRecentContextualSubmenu" itemAction:@selector(copyToRecentFromContextualSubmenu:) underItem:nil items:&_copyToRecentContextualSubmenuItems];
+    if (!_menusOK)
+        return;
+    // GNUstep may ask a new delegate for an update at once, while the submenus are still
+    // bare. The update that loading the list asked for waits for the signal that ends
+    // start-up, when there is something to fill.
+    _updateMenu = NO;
+    for (LVMenuFamily family : LVFamilyOrder)
+        [[self lv_submenuOfFamily:family] setDelegate:self];
+}
+
+// Each item is enabled by its own flag: the clear items follow the list, not a validator.
+- (LVRecentSubmenu *)lv_newRecentSubmenuTitled:(NSString *)title itemAction:(SEL)action underItem:(NSMenuItem *)item items:(NSMutableArray **)items
+{
+    LVRecentSubmenu *submenu = [[LVRecentSubmenu alloc] initWithTitle:title itemAction:action];
+    *items = [[submenu premadeItems] retain];
+    if (submenu == nil)
+        _menusOK = NO;
+    if (!_menusOK)
+        return submenu;
+    [submenu setAutoenablesItems:NO];
+    [item setSubmenu:submenu];
+    return submenu;
+}
+
+// One item per possible list entry and family, made once: a rebuild only re-titles them.
+- (void)lv_createPremadeRecentItems
+{
+    if (!_menusOK)
+        return;
+    for (LVMenuFamily family : LVFamilyOrder)
+        [[self lv_submenuOfFamily:family] makePremadeItems:_maxMailboxes];
+}
+
+- (void)lv_finishRecentSubmenus
+{
+    if (!_menusOK)
+        return;
+    for (LVMenuFamily family : LVFamilySeparatorOrder)
+        [[self lv_submenuOfFamily:family] addSeparator];
+    _moveClearMenuItem = [(LVRecentSubmenu *)_moveToRecentSubmenu addClearItemTitled:_clearMenuTitle];
+    _copyClearMenuItem = [(LVRecentSubmenu *)_copyToRecentSubmenu addClearItemTitled:_clearMenuTitle];
+    _moveClearContextualMenuItem = [(LVRecentSubmenu *)_moveToRecentContextualSubmenu addClearItemTitled:_clearMenuTitle];
+    _copyClearContextualMenuItem = [(LVRecentSubmenu *)_copyToRecentContextualSubmenu addClearItemTitled:_clearMenuTitle];
+    _goClearMenuItem = [(LVRecentSubmenu *)_goToRecentSubmenu addClearItemTitled:_clearMenuTitle];
+    // The first opening of any recent submenu fills all five from the list just read.
+    [self signalUpdateMenu];
+}
+
+// A contextual item that cannot be placed stops all menu work, the menu bar's included.
+- (NSMenuItem *)lv_placeContextualItemTitled:(NSString *)title action:(SEL)action below:(SEL)above inMenu:(NSMenu *)menu orLogLine:(NSString *)logLine
+{
+    NSMenuItem *item = [LVBundleUtilities newMenuItemWithTitle:title action:action andKeyEquivalent:@"" inMenu:menu underItemWithSelector:above];
+    if (item == nil) {
+        NSLog(@"%@", logLine);
+        _menusOK = NO;
     }
-    if (documents == nil) {
-        NSLog(@"[Lorvane] failed to find the RecentDocuments or Documents dictionaries.");
-        return 0;
-    }
-    id maxAmount = [documents objectForKey:@"MaxAmount"];
-    return [maxAmount respondsToSelector:@selector(intValue)] ? [maxAmount intValue] : 0;
+    return item;
+}
+
+@end
+
+@implementation LorvaneBundle_Provider (LVMenuFamilies)
+
+- (LVRecentSubmenu *)lv_submenuOfFamily:(LVMenuFamily)family
+{
+    NSMenu *submenus[] = { _moveToRecentSubmenu, _copyToRecentSubmenu, _goToRecentSubmenu, _moveToRecentContextualSubmenu, _copyToRecentContextualSubmenu };
+    return (LVRecentSubmenu *)submenus[family];
 }
 
 @end

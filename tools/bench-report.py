@@ -206,9 +206,11 @@ def pruning(r):
 def run_line(document):
     context = document.get("context", {})
     loads = context.get("load_avg") or []
-    return "Run of %s on %s, %d CPUs at %s MHz, load %s, build `%s`." % (
+    # The context's "library_build_type" is Google Benchmark's own library build, not ours: the
+    # plug-in and the programs are always the Release build the method names.
+    return "Run of %s on %s, %d CPUs at %s MHz, load %s." % (
         context.get("date", "?"), context.get("host_name", "?"), context.get("num_cpus", 0), context.get("mhz_per_cpu", "?"),
-        ", ".join("%.2f" % l for l in loads) or "?", context.get("library_build_type", "?"))
+        ", ".join("%.2f" % l for l in loads) or "?")
 
 
 def write_docs(document, results):
