@@ -1,8 +1,10 @@
 #import "LVMenuRow.h"
 
+// Spelled alike, code unit for code unit: GNUstep's -isEqualToString: also calls an "é" written
+// as one character equal to one written as two, and a row must show its mailbox's own spelling.
 static BOOL sameText(NSString *a, NSString *b)
 {
-    return a == b || [a isEqualToString:b];
+    return a == b || (a != nil && b != nil && [a compare:b options:NSLiteralSearch] == NSOrderedSame);
 }
 
 @implementation LVMenuRow

@@ -2,6 +2,8 @@
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
 
+#include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -10,19 +12,24 @@ static NSArray *activeAccounts(void)
     return [(Class<LVMailAccount>)LVMailClass(@"MailAccount") activeAccounts];
 }
 
-// Each path's records, by their indexes in file order.
-static NSDictionary *recordIndexesByPath(NSArray *paths)
+// A saved path names a mailbox only when spelled exactly as Mail spells it, as on a Mac:
+// GNUstep's -isEqual: also matches an "é" written as one character to one written as two,
+// while their hashes differ, so neither it nor a dictionary keyed by the path will do.
+static std::u16string spellingOf(NSString *text)
 {
-    NSMutableDictionary *indexesByPath = [NSMutableDictionary dictionaryWithCapacity:[paths count]];
-    for (NSUInteger index = 0; index < [paths count]; index++) {
-        NSString *path = [paths objectAtIndex:index];
-        NSMutableArray *indexes = [indexesByPath objectForKey:path];
-        if (indexes == nil) {
-            indexes = [NSMutableArray array];
-            [indexesByPath setObject:indexes forKey:path];
-        }
-        [indexes addObject:[NSNumber numberWithUnsignedInteger:index]];
-    }
+    std::u16string spelling([text length], u'\0');
+    [text getCharacters:(unichar *)spelling.data() range:NSMakeRange(0, spelling.size())];
+    return spelling;
+}
+
+typedef std::unordered_map<std::u16string, std::vector<NSUInteger>> LVIndexesBySpelling;
+
+// Each path's records, by their indexes in file order.
+static LVIndexesBySpelling recordIndexesByPath(NSArray *paths)
+{
+    LVIndexesBySpelling indexesByPath;
+    for (NSUInteger index = 0; index < [paths count]; index++)
+        indexesByPath[spellingOf([paths objectAtIndex:index])].push_back(index);
     return indexesByPath;
 }
 
@@ -45,7 +52,8 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
 {
     for (id<LVMailAccount> account in activeAccounts()) {
         for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
-            if ([[mailbox fullPath] isEqualToString:path])
+            NSString *fullPath = [mailbox fullPath];
+            if (fullPath != nil && path != nil && [fullPath compare:path options:NSLiteralSearch] == NSOrderedSame)
                 return mailbox;
         }
     }
@@ -56,7 +64,7 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
 // them in turn, so the list is filled only once every record has its mailboxes.
 + (NSArray *)listRestoredFromRecords:(NSArray *)records paths:(NSArray *)paths limit:(int)limit sortType:(int)sortType
 {
-    NSDictionary *indexesByPath = recordIndexesByPath(paths);
+    LVIndexesBySpelling indexesByPath = recordIndexesByPath(paths);
     std::vector<std::vector<id<LVMailboxUid>>> matches([records count]);
     if ([records count] > 0) {
         for (id<LVMailAccount> account in activeAccounts()) {
@@ -64,8 +72,11 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
                 NSString *fullPath = [mailbox fullPath];
                 if (fullPath == nil)
                     continue;
-                for (NSNumber *index in [indexesByPath objectForKey:fullPath])
-                    matches[[index unsignedIntegerValue]].push_back(mailbox);
+                auto found = indexesByPath.find(spellingOf(fullPath));
+                if (found == indexesByPath.end())
+                    continue;
+                for (NSUInteger index : found->second)
+                    matches[index].push_back(mailbox);
             }
         }
     }
