@@ -25,9 +25,10 @@
  * each viewer transferred or shows, alerts and log lines); at every quit the file written, and
  * after the relaunch the list read back from it. No step may log a "[Lorvane" line.
  *
- * Mail and one provider start once per process. Each day puts the provider back as Mail's
- * start-up leaves it: menus that show nothing, the day's limit, the list read from the day's
- * file. The provider keeps the items it made for the highest limit; they serve every lower one.
+ * Mail starts once per process, and again, in the same process, the first time a day asks for
+ * a limit: each limit has its Mail's main menu and a provider made by -init, which read the limit
+ * as Mail's start does. A day makes its limit's provider the one Mail's hooks reach and puts it
+ * back as Mail's start-up leaves it: menus that show nothing, the list read from the day's file.
  */
 #import "FuzzMail.h"
 #import "LVDayComparison.h"
@@ -43,6 +44,8 @@
 #import "MessageTransfer.h"
 #import "MessageViewer.h"
 #import "TableViewManager.h"
+
+#include <objc/runtime.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -110,6 +113,19 @@ NSString *string(const char *utf8)
     return oneSpelling ? [text precomposedStringWithCanonicalMapping] : text;
 }
 
+// With LORVANE_FUZZ_ONE_MAILBOX_PER_PATH set, no two accounts of a day bear the same name, so
+// that no saved path names two mailboxes and the list never holds one record twice: for runs
+// that look past a known fault with such a list.
+bool oneMailboxPerPath = getenv("LORVANE_FUZZ_ONE_MAILBOX_PER_PATH") != NULL;
+
+bool hasAccountNamed(NSArray *accounts, NSString *name)
+{
+    for (MailAccount *account in accounts)
+        if ([[account displayName] isEqualToString:name])
+            return true;
+    return false;
+}
+
 /* A property list as a Mac writes it in XML, the day's saved records in it. GNUstep's own
    writer spells a character beyond U+FFFF as "\U" escapes, which no XML reader takes back. */
 void appendXML(NSMutableString *xml, id value)
@@ -161,16 +177,54 @@ private:
 /* Mail as the days find it: started once per process. */
 struct Mail {
     MailApp *application;
-    LorvaneBundle_Provider *provider;
+    LorvaneBundle_Provider *provider; // the day's: the one Mail's hooks and actions reach
+    NSMutableDictionary *started;     // limit -> @[ provider, main menu ], for each limit asked
     NSArray *viewers;    // two MessageViewers, then an LVSpecialViewer
     MailboxUid *source;  // on disk with messages to transfer, in no account in use
 };
 Mail mail;
 
+// Mail holds one provider per process, and its hooks and actions find it through this class
+// method (copied into Mail's subclass LorvaneBundle too). The days keep a Mail per limit in
+// one process, so the method answers the one the day plays in.
+id dayProvider(id, SEL)
+{
+    return mail.provider;
+}
+
+void answerWithDayProvider()
+{
+    for (NSString *name in @[ @"LorvaneBundle_Provider", @"LorvaneBundle" ])
+        method_setImplementation(class_getClassMethod(NSClassFromString(name), @selector(activeLorvaneBundle_Provider)), (IMP)dayProvider);
+}
+
+void keepStartedMail(int limit, LorvaneBundle_Provider *provider)
+{
+    [mail.started setObject:@[ provider, [NSApp mainMenu] ] forKey:@(limit)];
+}
+
+// The Mail started with this limit, started the first time a day asks for it, in front: its
+// provider the one the hooks reach, its main menu the application's. Each provider costs about
+// 13 ms and the memory of its items (five per entry), so the limits a day draws are few.
+void useMailWithLimit(int limit)
+{
+    NSArray *started = [mail.started objectForKey:@(limit)];
+    if (started == nil) {
+        keepStartedMail(limit, LVFuzzStartPluginAgain(limit));
+        started = [mail.started objectForKey:@(limit)];
+    }
+    mail.provider = [started objectAtIndex:0];
+    if ([NSApp mainMenu] != [started objectAtIndex:1])
+        [NSApp setMainMenu:[started objectAtIndex:1]];
+}
+
 // The start-up the days share; belongs with the start-up that tests and fuzzers share.
 void startMail()
 {
+    mail.started = [[NSMutableDictionary alloc] init];
     mail.provider = LVFuzzStartMail(LVHighestLimit);
+    keepStartedMail(LVHighestLimit, mail.provider);
+    answerWithDayProvider();
     mail.application = (MailApp *)NSApp;
     MHMailStore *store = [MHMailStore storeAtPath:LVFuzzTemporaryFolder(@"store")];
     mail.source = [[[store addAccountNamed:@"Source" type:@"POP" serverPathPrefix:nil] createMailboxWithRelativePath:@"Outbox"] retain];
@@ -279,6 +333,7 @@ private:
         BOOL exclude = (settings & 8) != 0;
         int form = settings < 16 ? 0 : 1 + (settings >> 4) % 2; // none, XML, binary
         LVStartDayClock(pickFrom(LVDayStarts, bytes.take()));
+        useMailWithLimit(limit);
         clearPlugIn();
         openStore();
         NSDictionary *preferences = @{ @"SortType" : @(sortType), @"ExcludeSpecialMailboxes" : @(exclude), @"RecentMailboxes" : savedRecords() };
@@ -310,6 +365,8 @@ private:
         for (NSUInteger count = 1 + bytes.take() % 4; count > 0; count--) {
             AccountKind kind = pickFrom(LVAccountKinds, bytes.take());
             unsigned mask = bytes.take() | (unsigned)bytes.take() << 8;
+            if (oneMailboxPerPath && hasAccountNamed(store, string(kind.name)))
+                continue;
             Class accountClass = kind.imap ? [IMAPAccount class] : [MailAccount class];
             MailAccount *account = [[[accountClass alloc] initWithDisplayName:string(kind.name) path:nil] autorelease];
             if (kind.imap)
@@ -354,19 +411,19 @@ private:
         return saved;
     }
 
-    // Menus that show nothing, as a provider's first: the last list cleared and shown while
-    // its mailboxes are still alive.
+    // A day's start and a relaunch stand for Mail starting with the day's limit; the provider
+    // started with it is put back as -init leaves a new one, through its own methods. First,
+    // menus that show nothing, as a new provider's: the last list cleared and shown while its
+    // mailboxes are still alive.
     void clearPlugIn()
     {
         [mail.provider clearRecentMailboxes];
         [[mail.provider moveToRecentSubmenu] update];
     }
 
-    // The provider as Mail's start-up leaves it: the day's limit, the list read from the day's
-    // file; and the first viewer in front.
+    // Then the list read from the day's file, as -init reads it; and the first viewer in front.
     void startPlugIn(NSDictionary *preferences)
     {
-        [mail.provider setValue:@(limit) forKey:@"_maxMailboxes"];
         [mail.provider readPreferences];
         [plain release];
         plain = [[LVLiteralLorvane alloc] initWithLimit:limit preferences:preferences];

@@ -18,6 +18,10 @@
    answers the provider Mail's start made. Stops the process when Mail or the plug-in cannot
    start. */
 LorvaneBundle_Provider *LVFuzzStartMail(int limit);
+/* Mail started again in the same process with the system's recent-items limit changed: a fresh
+   main menu, then a new provider made by -init, which reads the limit and the preferences file
+   as they stand. Answers it; it lives as long as the process. */
+LorvaneBundle_Provider *LVFuzzStartPluginAgain(int limit);
 
 /* Where the plug-in's preferences file is kept. */
 NSString *LVFuzzPreferencesFilePath(void);

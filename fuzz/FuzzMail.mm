@@ -18,6 +18,7 @@ extern "C" const char *__asan_default_options(void)
 }
 
 static NSAutoreleasePool *processPool;    // never drained: it holds what lives as long as Mail
+static MHMailSession *session;            // never released: Mail lives as long as the process
 // In memory where the machine offers it: on a disk, rewriting the same small file costs
 // milliseconds (the file system flushes a file truncated and written again), more than an input.
 static char temporaryRoot[] = "/dev/shm/lorvane-fuzz-XXXXXX";
@@ -84,21 +85,30 @@ LorvaneBundle_Provider *LVFuzzStartMail(int limit)
             exit(2);
         }
     }
-    MHMailSession *mail = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:temporaryRoot]];
+    session = [[MHMailSession alloc] initWithPrivateFolder:[NSString stringWithUTF8String:temporaryRoot]];
     atexit(removeTemporaryRoot);
-    preferencesFile = [[mail writePreferencesFileNamed:@"org.lorvane.mailbundle.plist" contents:nil] retain];
+    preferencesFile = [[session writePreferencesFileNamed:@"org.lorvane.mailbundle.plist" contents:nil] retain];
     recentItemsFile = [MHRecentItemsFilePath() retain];
-    [mail setRecentItemsLimit:limit];
-    openStore(mail);
-    [mail addBundlePath:@LORVANE_FUZZ_BUNDLE_PATH];
-    // Never released: Mail and the plug-in's provider live as long as the process.
-    LorvaneBundle_Provider *provider = [mail start] ? [mail provider] : nil;
+    [session setRecentItemsLimit:limit];
+    openStore(session);
+    [session addBundlePath:@LORVANE_FUZZ_BUNDLE_PATH];
+    // Never released: the plug-in's provider lives as long as Mail.
+    LorvaneBundle_Provider *provider = [session start] ? [session provider] : nil;
     if (provider == nil) {
         fprintf(stderr, "cannot start the plug-in from %s\n", LORVANE_FUZZ_BUNDLE_PATH);
         exit(2);
     }
     countRaisedExceptions();
     LVFuzzForget();
+    return provider;
+}
+
+LorvaneBundle_Provider *LVFuzzStartPluginAgain(int limit)
+{
+    [session setRecentItemsLimit:limit];
+    LorvaneBundle_Provider *provider = [session startPluginAgain];
+    if (provider == nil)
+        LVFuzzFail("the plug-in did not start again");
     return provider;
 }
 
