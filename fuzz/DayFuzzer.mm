@@ -337,24 +337,30 @@ private:
         clearPlugIn();
         openStore();
         NSDictionary *preferences = @{ @"SortType" : @(sortType), @"ExcludeSpecialMailboxes" : @(exclude), @"RecentMailboxes" : savedRecords() };
-        writePreferencesFile(form, preferences);
+        preferences = writePreferencesFile(form, preferences);
         static const char *const forms[] = { "no file", "an XML file ", "a binary file " };
         setting = "limit " + std::to_string(limit) + ", " + forms[form] + (form != 0 ? LVText([preferences description]) : "");
         startPlugIn(form != 0 ? preferences : nil);
     }
 
     // Written over the last day's file rather than anew: making a file costs more than a day.
-    void writePreferencesFile(int form, NSDictionary *preferences)
+    // Answers what the file holds. GNUstep's binary writer shares one string among strings it
+    // takes as equal, an "é" written as one character or as two among them: the plain steps read
+    // what was written, as the plug-in does.
+    NSDictionary *writePreferencesFile(int form, NSDictionary *preferences)
     {
         NSString *path = LVFuzzPreferencesFilePath();
         if (form == 0) {
             [[NSFileManager defaultManager] removeItemAtPath:path error:NULL];
-            return;
+            return nil;
         }
         NSData *data = form == 1 ? xmlPropertyList(preferences)
                                  : [NSPropertyListSerialization dataWithPropertyList:preferences format:NSPropertyListBinaryFormat_v1_0 options:0 error:NULL];
         if (![data writeToFile:path atomically:NO])
             fail("cannot write the preferences file");
+        if (form == 1)
+            return preferences;
+        return [NSPropertyListSerialization propertyListWithData:data options:NSPropertyListImmutable format:NULL error:NULL];
     }
 
     // Accounts as Mail has them before the plug-in starts: no account change is announced, and
