@@ -17,7 +17,6 @@ struct LVShownItems {
 - (void)lv_startAgainWithItemCount:(NSUInteger)itemCount;
 - (void)lv_takeOutRowsNotKept:(const BOOL *)oldKept;
 - (void)lv_putInRows:(NSArray *)rows notKept:(const BOOL *)newKept;
-- (void)lv_setTitle:(NSString *)title ofItem:(NSMenuItem *)item;
 @end
 
 @implementation LVRecentSubmenu
@@ -153,22 +152,12 @@ struct LVShownItems {
         _itemUse->free.pop_back();
         NSMenuItem *item = [_premadeItems objectAtIndex:itemIndex];
         [item setToolTip:[row toolTip]];
-        [self lv_setTitle:[row title] ofItem:item];
+        [item setTitle:[row title]];
         [item setImage:[row icon]];
         [self insertItem:item atIndex:(NSInteger)index];
         [_shownRows insertObject:row atIndex:index];
         _itemUse->shown.insert(_itemUse->shown.begin() + (long)index, itemIndex);
     }
-}
-
-// GNUstep's -setTitle: keeps the old spelling when the new title is canonically equal to it
-// (an "é" written as one character or as two): such a title goes through a blank one first.
-- (void)lv_setTitle:(NSString *)title ofItem:(NSMenuItem *)item
-{
-    NSString *old = [item title];
-    if (title != nil && [old isEqualToString:title] && [old compare:title options:NSLiteralSearch] != NSOrderedSame)
-        [item setTitle:@""];
-    [item setTitle:title];
 }
 
 @end
