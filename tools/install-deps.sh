@@ -3,7 +3,7 @@
 # Safe to run again: with everything present it installs nothing and prints nothing.
 set -e
 packages="clang cmake make python3 libgtest-dev libbenchmark-dev gobjc gnustep-make
-libgnustep-base-dev libgnustep-gui-dev libicu-dev libxml2-dev gnustep-back0.29 xvfb xauth imagemagick
+libgnustep-base-dev libgnustep-gui-dev libicu-dev libxml2-dev libx11-dev gnustep-back0.29 xvfb xauth imagemagick
 python3-matplotlib libclang-rt-dev
 $LORVANE_EXTRA_PACKAGES"
 
