@@ -107,27 +107,9 @@ template <class T, size_t N> T pickFrom(const T (&pool)[N], uint8_t byte)
     return pool[byte % N];
 }
 
-// With LORVANE_FUZZ_ONE_SPELLING set, every name is written composed: "é" as one character
-// only, for runs that look past a known fault with the two spellings.
-bool oneSpelling = getenv("LORVANE_FUZZ_ONE_SPELLING") != NULL;
-
 NSString *string(const char *utf8)
 {
-    NSString *text = [NSString stringWithUTF8String:utf8];
-    return oneSpelling ? [text precomposedStringWithCanonicalMapping] : text;
-}
-
-// With LORVANE_FUZZ_ONE_MAILBOX_PER_PATH set, no two accounts of a day bear the same name, so
-// that no saved path names two mailboxes and the list never holds one record twice: for runs
-// that look past a known fault with such a list.
-bool oneMailboxPerPath = getenv("LORVANE_FUZZ_ONE_MAILBOX_PER_PATH") != NULL;
-
-bool hasAccountNamed(NSArray *accounts, NSString *name)
-{
-    for (MailAccount *account in accounts)
-        if ([[account displayName] isEqualToString:name])
-            return true;
-    return false;
+    return [NSString stringWithUTF8String:utf8];
 }
 
 /* A property list as a Mac writes it in XML, the day's saved records in it. GNUstep's own
@@ -387,8 +369,6 @@ private:
         for (NSUInteger count = 1 + bytes.take() % 4; count > 0; count--) {
             AccountKind kind = pickFrom(LVAccountKinds, bytes.take());
             unsigned mask = bytes.take() | (unsigned)bytes.take() << 8;
-            if (oneMailboxPerPath && hasAccountNamed(store, string(kind.name)))
-                continue;
             Class accountClass = kind.imap ? [IMAPAccount class] : [MailAccount class];
             MailAccount *account = [[[accountClass alloc] initWithDisplayName:string(kind.name) path:nil] autorelease];
             if (kind.imap)

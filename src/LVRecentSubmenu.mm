@@ -17,6 +17,7 @@ struct LVShownItems {
 - (void)lv_startAgainWithItemCount:(NSUInteger)itemCount;
 - (void)lv_takeOutRowsNotKept:(const BOOL *)oldKept;
 - (void)lv_putInRows:(NSArray *)rows notKept:(const BOOL *)newKept;
+- (void)lv_setTitle:(NSString *)title ofItem:(NSMenuItem *)item;
 @end
 
 @implementation LVRecentSubmenu
@@ -152,12 +153,22 @@ struct LVShownItems {
         _itemUse->free.pop_back();
         NSMenuItem *item = [_premadeItems objectAtIndex:itemIndex];
         [item setToolTip:[row toolTip]];
-        [item setTitle:[row title]];
+        [self lv_setTitle:[row title] ofItem:item];
         [item setImage:[row icon]];
         [self insertItem:item atIndex:(NSInteger)index];
         [_shownRows insertObject:row atIndex:index];
         _itemUse->shown.insert(_itemUse->shown.begin() + (long)index, itemIndex);
     }
+}
+
+// GNUstep's -setTitle: keeps the old spelling when the new title is canonically equal to it
+// (an "é" written as one character or as two): such a title goes through a blank one first.
+- (void)lv_setTitle:(NSString *)title ofItem:(NSMenuItem *)item
+{
+    NSString *old = [item title];
+    if (title != nil && [old isEqualToString:title] && [old compare:title options:NSLiteralSearch] != NSOrderedSame)
+        [item setTitle:@""];
+    [item setTitle:title];
 }
 
 @end

@@ -261,20 +261,3 @@ TEST_F(Menus, GroupsOfRecordsAreExtendedByTheProvidersOwnMethods)
         EXPECT_NSEQ(row.names, [records valueForKey:@"displayName"]);
     }
 }
-
-// GNUstep calls "Café" with its "é" as one character equal to "Café" with an "e" and a
-// combining accent, and a menu item re-titled from one to the other would keep the first.
-TEST_F(Menus, AnItemShowsItsMailboxsOwnSpellingOfAName)
-{
-    MailboxUid *composed = mailbox(home, @"Caf\u00e9");
-    MailboxUid *decomposed = mailbox(home, @"Cafe\u0301");
-    for (MailboxUid *shown : { composed, decomposed, composed }) {
-        [provider clearRecentMailboxes];
-        use(shown);
-        LVOpenRecentMenu([provider moveToRecentSubmenu]);
-        for (NSMenu *submenu in LVRecentSubmenus(provider)) {
-            NSString *title = [[submenu itemAtIndex:0] title];
-            EXPECT_EQ(NSOrderedSame, [title compare:[shown displayName] options:NSLiteralSearch]) << [[submenu title] UTF8String];
-        }
-    }
-}

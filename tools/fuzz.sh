@@ -3,9 +3,7 @@
 # FUZZ_TARGETS (for example "day"): FUZZ_SECONDS seconds per target (300 unless set), or
 # FUZZ_RUNS inputs per target when that is set. FUZZ_FROM=empty starts each target from a new,
 # empty work folder; otherwise it starts from the inputs kept in the build folder, the seeds
-# (fuzz/corpus) and every input that once failed (fuzz/regressions, but for those named open-*,
-# which show a fault not fixed yet). The days steer past those faults as in `make check`
-# (open_faults in the build's fuzz settings). A failing input is copied into
+# (fuzz/corpus) and every input that once failed (fuzz/regressions). A failing input is copied into
 # fuzz/regressions/<target>/, where `make check` replays it from then on. Prints, per target,
 # the inputs run, inputs per second, the time taken and the peak memory. The targets run on a
 # virtual display: a day needs Mail's windows and menus.
@@ -42,20 +40,14 @@ for entry in $targets; do
         folders=$(mktemp -d "${TMPDIR:-/tmp}/lorvane-fuzz-$name-XXXXXX")
         from="an empty work folder"
     else
-        # Inputs named open-* show a fault not fixed yet: every other one is taken.
-        mkdir -p "$work/$name"
-        for kept in "$sources/regressions/$name"/*; do
-            case "$(basename "$kept")" in open-*) continue ;; esac
-            [ -f "$kept" ] && cp "$kept" "$work/$name/"
-        done
-        folders="$work/$name $sources/corpus/$name"
+        folders="$work/$name $sources/corpus/$name $sources/regressions/$name"
         from="the kept inputs"
     fi
     mkdir -p "$work/$name" "$artifacts"
     echo "Fuzzing $name ($length, from $from; log: $log)"
     started=$(date +%s)
-    # shellcheck disable=SC2086 # the settings, limits and folders are separate arguments
-    env $open_faults "$(dirname "$0")/xvfb-run.sh" "$program" $limits $length -print_final_stats=1 ${dictionary:+-dict="$dictionary"} \
+    # shellcheck disable=SC2086 # the limits and folders are separate arguments
+    "$(dirname "$0")/xvfb-run.sh" "$program" $limits $length -print_final_stats=1 ${dictionary:+-dict="$dictionary"} \
         -artifact_prefix="$artifacts/" $folders >"$log" 2>&1
     result=$?
     elapsed=$(( $(date +%s) - started ))
