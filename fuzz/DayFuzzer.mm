@@ -487,22 +487,12 @@ private:
         [pool release];
     }
 
-    NSArray *liveMailboxes(BOOL genericOnly)
-    {
-        NSMutableArray *mailboxes = [NSMutableArray array];
-        for (MailAccount *account in [MailAccount activeAccounts])
-            for (MailboxUid *mailbox in [account allMailboxUids])
-                if ([mailbox isValid] && (!genericOnly || [MailboxUid typeIsGeneric:[mailbox type]]))
-                    [mailboxes addObject:mailbox];
-        return mailboxes;
-    }
-
     id pick(NSArray *items, uint8_t byte) { return [items count] != 0 ? [items objectAtIndex:byte % [items count]] : nil; }
 
     // With the high bit, a mailbox the list holds, so that hits and misses both come often.
     MailboxUid *pickDestination(uint8_t byte)
     {
-        NSArray *live = liveMailboxes(NO);
+        NSArray *live = LVLiveMailboxes(NO);
         if (byte & 0x80) {
             NSMutableArray *listed = [NSMutableArray array];
             for (LVLiteralRecord *record in [plain records])
@@ -678,7 +668,7 @@ private:
 
     void renameMailbox()
     {
-        MailboxUid *mailbox = pick(liveMailboxes(YES), bytes.take());
+        MailboxUid *mailbox = pick(LVLiveMailboxes(YES), bytes.take());
         NSString *name = string(pickFrom(LVNamePool, bytes.take()));
         if (mailbox != nil && [mail.application renameMailbox:mailbox toName:name])
             [plain signalUpdateMenu];
@@ -687,7 +677,7 @@ private:
     // Through the account, as Mail deletes; Mail's redrawing of its lists afterwards is left out.
     void deleteMailbox()
     {
-        MailboxUid *mailbox = pick(liveMailboxes(YES), bytes.take());
+        MailboxUid *mailbox = pick(LVLiveMailboxes(YES), bytes.take());
         if (mailbox == nil || ![[mailbox account] deleteMailbox:mailbox reflectToServer:YES])
             return;
         [plain signalRemoveDeletedMailboxes];

@@ -100,16 +100,6 @@ protected:
         return [items count] != 0 ? [items objectAtIndex:below([items count])] : nil;
     }
 
-    NSArray *liveMailboxes(BOOL genericOnly)
-    {
-        NSMutableArray *mailboxes = [NSMutableArray array];
-        for (MailAccount *account in [MailAccount activeAccounts])
-            for (MailboxUid *mailbox in [account allMailboxUids])
-                if ([mailbox isValid] && (!genericOnly || [MailboxUid typeIsGeneric:[mailbox type]]))
-                    [mailboxes addObject:mailbox];
-        return mailboxes;
-    }
-
     NSString *freeRelativePath(MailAccount *account, MailboxUid *parent)
     {
         NSUInteger poolSize = sizeof LVNamePool / sizeof LVNamePool[0];
@@ -156,7 +146,7 @@ protected:
         if (chance(0.15))
             return nil;
         NSMutableArray *records = [NSMutableArray array];
-        NSArray *mailboxes = liveMailboxes(NO);
+        NSArray *mailboxes = LVLiveMailboxes(NO);
         for (NSUInteger i = below(14); i > 0; i--) {
             NSDictionary *saved = savedRecord(pick(mailboxes));
             [records addObject:saved];
@@ -200,12 +190,12 @@ protected:
                 [listed addObject:record->uid];
         if ([listed count] != 0 && chance(0.5))
             return pick(listed);
-        return pick(liveMailboxes(NO));
+        return pick(LVLiveMailboxes(NO));
     }
 
     BOOL selectAMessage(MailboxUid *besides)
     {
-        NSMutableArray *sources = [[liveMailboxes(NO) mutableCopy] autorelease];
+        NSMutableArray *sources = [[LVLiveMailboxes(NO) mutableCopy] autorelease];
         [sources removeObjectIdenticalTo:besides];
         MailboxUid *source = pick(sources);
         if (source == nil)
@@ -293,7 +283,7 @@ protected:
 
     void renameMailbox()
     {
-        MailboxUid *mailbox = pick(liveMailboxes(YES));
+        MailboxUid *mailbox = pick(LVLiveMailboxes(YES));
         NSString *path = mailbox != nil ? freeRelativePath([mailbox account], [mailbox parent]) : nil;
         if (path == nil)
             return;
@@ -303,7 +293,7 @@ protected:
 
     void deleteMailbox()
     {
-        MailboxUid *mailbox = pick(liveMailboxes(YES));
+        MailboxUid *mailbox = pick(LVLiveMailboxes(YES));
         if (mailbox == nil)
             return;
         ASSERT_TRUE([mail deleteMailbox:mailbox]) << where;
@@ -317,7 +307,7 @@ protected:
         if (account == nil || [[account allMailboxUids] count] >= LVMostMailboxesPerAccount)
             return;
         NSMutableArray *parents = [NSMutableArray array];
-        for (MailboxUid *mailbox in liveMailboxes(YES))
+        for (MailboxUid *mailbox in LVLiveMailboxes(YES))
             if ([mailbox account] == account)
                 [parents addObject:mailbox];
         NSString *path = freeRelativePath(account, chance(0.3) ? pick(parents) : nil);

@@ -16,6 +16,10 @@
 NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider);
 extern const char *const LVFamilyNames[5];
 
+/* Every mailbox of Mail's active accounts that is still valid; with genericOnly, the user's
+   own mailboxes only. */
+NSArray *LVLiveMailboxes(BOOL genericOnly);
+
 /* ---- The day's clock ---- */
 
 /* Makes every +[NSDate date] read the day's clock, starting at this time; LVStopDayClock()

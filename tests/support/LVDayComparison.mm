@@ -1,5 +1,7 @@
 #import "LVDayComparison.h"
 #import "LorvaneMailbox.h"
+#import "MailAccount.h"
+#import "MailboxUid.h"
 
 #include <objc/runtime.h>
 
@@ -7,6 +9,16 @@
 #include <sstream>
 
 const char *const LVFamilyNames[5] = { "move", "copy", "go-to", "move-contextual", "copy-contextual" };
+
+NSArray *LVLiveMailboxes(BOOL genericOnly)
+{
+    NSMutableArray *mailboxes = [NSMutableArray array];
+    for (MailAccount *account in [MailAccount activeAccounts])
+        for (MailboxUid *mailbox in [account allMailboxUids])
+            if ([mailbox isValid] && (!genericOnly || [MailboxUid typeIsGeneric:[mailbox type]]))
+                [mailboxes addObject:mailbox];
+    return mailboxes;
+}
 
 NSArray *LVRecentSubmenus(LorvaneBundle_Provider *provider)
 {
