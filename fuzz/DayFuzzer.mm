@@ -226,9 +226,9 @@ void startMail()
 
 // Mail's run loop reads the window server's events as they come; the days never run it. Left
 // in the display connection's queue, the events their windows and menus cause (a few dozen a
-// day) grew the process by about 5 MB every 1,000 days. They are dropped after each day,
-// unread, as GNUstep never saw them before either: reading them through the application
-// would redraw the windows, at about 30 ms a day.
+// day) were what grew most over a long run. They are dropped after each day, unread, as
+// GNUstep would have left them: reading them through the application would redraw the
+// windows, at about 30 ms a day.
 void dropWindowServerEvents()
 {
     XSync((Display *)[GSCurrentServer() serverDevice], True);
