@@ -59,9 +59,9 @@ static void gatherInstalledBundleNames(void)
 }
 
 // The debugging dumps: Mail's name and address of each listed mailbox, and its path.
-static void printList(NSArray *list, const char *title, BOOL withPaths)
+static void printList(NSArray *list, const char *beginLine, const char *endLine, BOOL withPaths)
 {
-    std::printf("***************** BEGIN %s *****************\n", title);
+    std::printf("%s\n", beginLine);
     for (LorvaneMailbox *record in list) {
         id<LVMailboxUid> uid = [record uid];
         const char *name = [[uid displayName] UTF8String];
@@ -71,7 +71,7 @@ static void printList(NSArray *list, const char *title, BOOL withPaths)
         else
             std::printf("%s, %p\n", name != NULL ? name : "(null)", (void *)uid);
     }
-    std::printf("***************** END %s *****************\n", title);
+    std::printf("%s\n", endLine);
 }
 
 // The five recent submenus, in the orders the passes over them keep: most visit them in one
@@ -254,12 +254,14 @@ static const LVMenuFamily LVFamilySeparatorOrder[] = { LVMoveFamily, LVMoveConte
 
 - (void)listRecentMailboxUids
 {
-    printList(_recentMailboxes, "listRecentMailboxUids", NO);
+    printList(_recentMailboxes, "***************** BEGIN listRecentMailboxUids *****************",
+        "***************** END listRecentMailboxUids *****************", NO);
 }
 
 - (void)listRecentMailboxes
 {
-    printList(_recentMailboxes, "listRecentMailboxes", YES);
+    printList(_recentMailboxes, "***************** BEGIN listRecentMailboxes *****************",
+        "***************** END listRecentMailboxes *****************", YES);
 }
 
 #pragma mark Names for duplicates
