@@ -655,6 +655,8 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "binary offsets of eight bytes", binaryList({ "\x10\x01" }, 8), NO },
         { "binary string with a lone surrogate", binaryList({ std::string("\x61\xD8\x00", 3) }), NO },
         { "binary string with a surrogate pair", binaryList({ std::string("\x62\xD8\x00\xDC\x00", 5) }), YES },
+        // The next object's first bytes read as a low surrogate: the string ends before them.
+        { "binary string right before a dictionary", binaryList({ "\xA2\x01\x02", std::string("\x61\x00\x62", 3), std::string("\xDF\x10\x00", 3) }), YES },
         { "binary date", binaryList({ std::string("\x33\x41\xC0\x00\x00\x00\x00\x00\x00", 9) }), YES },
         { "binary date that is not a number", binaryList({ std::string("\x33\x7F\xF8\x00\x00\x00\x00\x00\x00", 9) }), NO },
         { "XML ending in an open tag", bytes("<?xml version=\"1.0\"?><plist><dict/></plist><"), NO },

@@ -144,6 +144,12 @@ TEST_F(Menus, AFailedContextualPlacementIsLoggedAndStopsEveryLaterRebuild)
         // "Clear Menu" alone follows the list.
         EXPECT_FALSE([[[submenu itemArray] lastObject] isEnabled]);
     }
+    // The list goes on naming namesakes where they live, and sorts by those names.
+    use(mailbox(work, @"Lists"));
+    use(mailbox(home, @"Lists"));
+    [provider updateMenus];
+    EXPECT_NSEQ(@"Lists (Home)", [[provider getRecentMailboxAtIndex:0] displayName]);
+    EXPECT_NSEQ(@"Lists (Work)", [[provider getRecentMailboxAtIndex:1] displayName]);
 }
 
 TEST_F(Menus, TheLimitIsReadFromTheSystemsRecentItemsFileWhateverItHolds)
