@@ -11,6 +11,11 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
     return separator.location != NSNotFound ? [relativePath substringToIndex:separator.location] : @"";
 }
 
+BOOL LVSameSpelling(NSString *a, NSString *b)
+{
+    return a != nil && b != nil && [a compare:b options:NSLiteralSearch] == NSOrderedSame;
+}
+
 @implementation LVMailboxNames
 
 + (BOOL)accountsDifferIn:(NSArray *)group
@@ -24,7 +29,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
             first = NO;
             continue;
         }
-        if (![accountName isEqualToString:reference])
+        if (!LVSameSpelling(accountName, reference))
             return YES;
     }
     return NO;
@@ -40,7 +45,7 @@ static NSString *folderOfMailboxPath(NSString *relativePath)
 
         // A mailbox at the top of its account has its bare name as its path: no parent.
         NSString *parent = @"";
-        if (![relativePath isEqualToString:name])
+        if (!LVSameSpelling(relativePath, name))
             parent = folderOfMailboxPath(relativePath);
 
         if (!byAccount && [parent length] == 0) {

@@ -1,10 +1,10 @@
 #import "LVMenuRow.h"
+#import "LVMailboxNames.h"
 
-// Spelled alike, code unit for code unit: GNUstep's -isEqualToString: also calls an "é" written
-// as one character equal to one written as two, and a row must show its mailbox's own spelling.
+// A row must show its mailbox's own spelling; a row without a tool tip equals one without.
 static BOOL sameText(NSString *a, NSString *b)
 {
-    return a == b || (a != nil && b != nil && [a compare:b options:NSLiteralSearch] == NSOrderedSame);
+    return a == b || LVSameSpelling(a, b);
 }
 
 @implementation LVMenuRow

@@ -1,4 +1,5 @@
 #import "LVPlainMenuOrder.h"
+#import "LVMailboxNames.h"
 #import "LVMenuRow.h"
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
@@ -27,7 +28,7 @@
         NSString *baseName = [uid displayName] ?: @"[error: NULL baseMailboxName]";
         [first setDisplayName:baseName];
         NSUInteger groupStart = i++;
-        while (i < count && [[[[list objectAtIndex:i] uid] displayName] isEqualToString:baseName])
+        while (i < count && LVSameSpelling([[[list objectAtIndex:i] uid] displayName], baseName))
             i++;
         // A record alone in its run keeps the bare name; only real groups get an array.
         if (i - groupStart > 1)

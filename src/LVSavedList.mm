@@ -1,4 +1,5 @@
 #import "LVSavedList.h"
+#import "LVMailboxNames.h"
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
 
@@ -53,7 +54,7 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
     for (id<LVMailAccount> account in activeAccounts()) {
         for (id<LVMailboxUid> mailbox in [account allMailboxUids]) {
             NSString *fullPath = [mailbox fullPath];
-            if (fullPath != nil && path != nil && [fullPath compare:path options:NSLiteralSearch] == NSOrderedSame)
+            if (LVSameSpelling(fullPath, path))
                 return mailbox;
         }
     }

@@ -206,6 +206,8 @@ TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
     MailAccount *mailhost = [store addAccountNamed:@"Mailhost" type:@"IMAP" serverPathPrefix:@"INBOX"];
     MailAccount *twin = [store addAccountNamed:@"Twin" type:@"POP" serverPathPrefix:nil];
     MailAccount *twinAgain = [store addAccountNamed:@"Twin" type:@"POP" serverPathPrefix:nil];
+    MailAccount *cafe = [store addAccountNamed:@"Caf\u00e9" type:@"POP" serverPathPrefix:nil];
+    MailAccount *cafeAgain = [store addAccountNamed:@"Cafe\u0301" type:@"POP" serverPathPrefix:nil];
     struct Row {
         const char *what;
         std::vector<std::pair<MailAccount *, NSString *>> mailboxes;
@@ -219,6 +221,9 @@ TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
           { { mailhost, @"INBOX/Lists/Work" }, { mailhost, @"Work" }, { mailhost, @"INBOXES/Work" } },
           @[ @"Work", @"Work (Lists)", @"Work (S)" ] },
         { "and with its case", { { mailhost, @"inbox/Work" }, { home, @"Work" } }, @[ @"Work (Home)", @"Work (Mailhost/inbox)" ] },
+        // As a Mac compares names: an "é" written as one character or as two is another name.
+        { "names spelled apart", { { home, @"Caf\u00e9" }, { work, @"Cafe\u0301" } }, @[ @"Cafe\u0301", @"Caf\u00e9" ] },
+        { "accounts spelled apart", { { cafe, @"Archive" }, { cafeAgain, @"Archive" } }, @[ @"Archive (Cafe\u0301)", @"Archive (Caf\u00e9)" ] },
     };
     for (const Row &row : rows) {
         [provider clearRecentMailboxes];

@@ -131,7 +131,7 @@ BOOL accountsDiffer(NSArray *group)
     NSString *first = [[[(LVLiteralRecord *)[group objectAtIndex:0] uid] account] displayName];
     for (NSUInteger i = 1; i < [group count]; i++) {
         NSString *name = [[[(LVLiteralRecord *)[group objectAtIndex:i] uid] account] displayName];
-        if (![name isEqualToString:first])
+        if (!sameSpelling(name, first))
             return YES;
     }
     return NO;
@@ -146,7 +146,7 @@ void nameAfterAccountAndFolder(NSArray *group)
         NSString *path = pathWithoutPrefix(mailbox);
         NSMutableString *name = [NSMutableString stringWithString:[mailbox displayName] ?: @""];
         NSString *folder = @"";
-        if (![path isEqualToString:name]) {
+        if (!sameSpelling(path, name)) {
             NSRange slash = [path rangeOfString:@"/" options:NSBackwardsSearch | NSLiteralSearch];
             folder = slash.location != NSNotFound ? [path substringToIndex:slash.location] : @"";
         }
@@ -325,7 +325,7 @@ LVLiteralRow *rowFor(LVLiteralRecord *record)
         NSString *name = [[[_list objectAtIndex:first] uid] displayName] ?: @"[error: NULL baseMailboxName]";
         [((LVLiteralRecord *)[_list objectAtIndex:first])->displayName setString:name];
         NSUInteger end = first + 1;
-        while (end < [_list count] && [[[[_list objectAtIndex:end] uid] displayName] isEqualToString:name])
+        while (end < [_list count] && sameSpelling([[[_list objectAtIndex:end] uid] displayName], name))
             end++;
         if (end - first > 1)
             nameAfterAccountAndFolder([_list subarrayWithRange:NSMakeRange(first, end - first)]);
