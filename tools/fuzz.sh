@@ -27,7 +27,9 @@ for entry in $targets; do
     name="${entry%%:*}"
     rest="${entry#*:}"
     program="${rest%%:*}"
-    dictionary="${rest#*:}"
+    rest="${rest#*:}"
+    dictionary="${rest%%:*}"
+    options=$(echo "${rest#*:}" | tr ',' ' ')
     if [ -n "${FUZZ_TARGETS:-}" ]; then
         case " $FUZZ_TARGETS " in
         *" $name "*) ;;
@@ -47,13 +49,21 @@ for entry in $targets; do
     echo "Fuzzing $name ($length, from $from; log: $log)"
     started=$(date +%s)
     # shellcheck disable=SC2086 # the limits and folders are separate arguments
-    "$(dirname "$0")/xvfb-run.sh" "$program" $limits $length -print_final_stats=1 ${dictionary:+-dict="$dictionary"} \
+    # The peak is the largest of the processes run, which in fork mode are the fuzzer's jobs.
+    python3 -c 'import resource, subprocess, sys
+status = subprocess.call(sys.argv[2:])
+open(sys.argv[1], "w").write("%d\n" % (resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024))
+sys.exit(status)' "$work/$name.peak" \
+        "$(dirname "$0")/xvfb-run.sh" "$program" $limits $options $length -print_final_stats=1 ${dictionary:+-dict="$dictionary"} \
         -artifact_prefix="$artifacts/" $folders >"$log" 2>&1
     result=$?
     elapsed=$(( $(date +%s) - started ))
     runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+    # Fork mode prints no totals of its own: its last progress line counts the runs.
+    [ -n "$runs" ] || runs=$(sed -n 's/^#\([0-9]*\): cov:.*/\1/p' "$log" | tail -n 1)
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
-    peak=$(sed -n 's/^stat::peak_rss_mb: *//p' "$log")
+    [ -n "$rate" ] || rate=$(( ${runs:-0} / (elapsed > 0 ? elapsed : 1) ))
+    peak=$(cat "$work/$name.peak")
     echo "  $name: ${runs:-?} inputs, ${rate:-?} a second, ${elapsed} s, peak ${peak:-?} MB"
     if [ "$result" -ne 0 ]; then
         status=1
