@@ -30,11 +30,10 @@ struct LVEvictionOrderState {
     bool current = true;
     // The list stands in the eviction order itself: making room needs no copy of it.
     bool listInOrder = true;
-    // Positions need not be indexes, only ordered as the list is: the front takes ever lower
-    // ones, the back ever higher, and anything else makes them all stale at once.
+    // Positions need not be indexes, only ordered as the list is: a newcomer at the front, the
+    // usual one, takes an ever lower one, and anything else makes them all stale at once.
     bool positionsCurrent = true;
     int64_t front = 0;
-    int64_t back = -1;
 
     void setKey(LVListSlot slot, double key)
     {
@@ -57,18 +56,15 @@ struct LVEvictionOrderState {
         for (size_t index = 0; index < count; index++)
             slots[list[index]].position = (int64_t)index;
         front = 0;
-        back = (int64_t)count - 1;
         positionsCurrent = true;
     }
 
-    void placeNewPosition(LVListSlot slot, size_t index, size_t count)
+    void placeNewPosition(LVListSlot slot, size_t index)
     {
         if (!positionsCurrent)
             return;
         if (index == 0)
             slots[slot].position = --front;
-        else if (index + 1 == count)
-            slots[slot].position = ++back;
         else
             positionsCurrent = false;
     }
@@ -195,11 +191,10 @@ struct LVEvictionOrderState {
     if (slot >= _state->slots.size())
         _state->slots.resize(slot + 1);
     _state->setKey(slot, LVRecordKeyValue(record, _key));
-    NSUInteger count = [list count];
-    _state->placeNewPosition(slot, index, count);
+    _state->placeNewPosition(slot, index);
     if (index != 0)
         _state->listInOrder = false;
-    _state->file(slot, index == 0, [list slots], count);
+    _state->file(slot, index == 0, [list slots], [list count]);
 }
 
 - (void)recentList:(LVRecentList *)list didUnlistSlot:(LVListSlot)slot
