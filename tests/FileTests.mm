@@ -655,6 +655,7 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "binary offsets of eight bytes", binaryList({ "\x10\x01" }, 8), NO },
         { "binary string with a lone surrogate", binaryList({ std::string("\x61\xD8\x00", 3) }), NO },
         { "binary string with a surrogate pair", binaryList({ std::string("\x62\xD8\x00\xDC\x00", 5) }), YES },
+        { "binary array holding a string with a high surrogate before a letter", binaryList({ "\xA1\x01", std::string("\x62\xD8\x00\x00\x41", 5) }), NO },
         // The next object's first bytes read as a low surrogate: the string ends before them.
         { "binary string right before a dictionary", binaryList({ "\xA2\x01\x02", std::string("\x61\x00\x62", 3), std::string("\xDF\x10\x00", 3) }), YES },
         { "binary date", binaryList({ std::string("\x33\x41\xC0\x00\x00\x00\x00\x00\x00", 9) }), YES },
