@@ -56,6 +56,11 @@ TEST_F(List, AUseAddsANewMailboxAtTheFrontOrTouchesTheListedOneInPlace)
     EXPECT_NSEQ((@[ @1, @1, @5 ]), LVListedCounts(provider));
     EXPECT_GE([[[provider getRecentMailboxAtIndex:2] date] timeIntervalSinceDate:before], 0.0);
     EXPECT_EQ((id)mailbox(@"Family"), (id)[provider getRecentMailboxUidAtIndex:0]);
+    // A use counted by index keeps its place and its date.
+    NSDate *dated = [[provider getRecentMailboxAtIndex:1] date];
+    [provider incrementAccessesForItemAtIndex:1];
+    EXPECT_NSEQ((@[ @1, @2, @5 ]), LVListedCounts(provider));
+    EXPECT_EQ(dated, [[provider getRecentMailboxAtIndex:1] date]);
     for (int index : { 3, -1 })
         EXPECT_TRUE(LVRaises([&] { [provider getRecentMailboxAtIndex:index]; })) << index;
 }
