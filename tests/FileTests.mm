@@ -658,6 +658,10 @@ TEST(PropertyListReader, ReadsOnlyXMLAndBinaryListsWithinTheLimitsOfARealFile)
         { "binary array holding a string with a high surrogate before a letter", binaryList({ "\xA1\x01", std::string("\x62\xD8\x00\x00\x41", 5) }), NO },
         // The next object's first bytes read as a low surrogate: the string ends before them.
         { "binary string right before a dictionary", binaryList({ "\xA2\x01\x02", std::string("\x61\x00\x62", 3), std::string("\xDF\x10\x00", 3) }), YES },
+        { "binary string starting with a low surrogate", binaryList({ std::string("\x61\xDC\x00", 3) }), NO },
+        { "binary real of four bytes", binaryList({ std::string("\x22\x3F\x80\x00\x00", 5) }), YES },
+        { "binary real of eight bytes", binaryList({ std::string("\x23\x3F\xF0\x00\x00\x00\x00\x00\x00", 9) }), YES },
+        { "binary real of two bytes", binaryList({ std::string("\x21\x3F\x80", 3) }), NO },
         { "binary date", binaryList({ std::string("\x33\x41\xC0\x00\x00\x00\x00\x00\x00", 9) }), YES },
         { "binary date that is not a number", binaryList({ std::string("\x33\x7F\xF8\x00\x00\x00\x00\x00\x00", 9) }), NO },
         { "XML ending in an open tag", bytes("<?xml version=\"1.0\"?><plist><dict/></plist><"), NO },
