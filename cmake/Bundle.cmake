@@ -29,11 +29,17 @@ set(_reversed_sources ${LORVANE_SOURCES})
 list(REVERSE _reversed_sources)
 lorvane_add_bundle(LorvaneReversedSources ${LORVANE_REVERSED_BUNDLE_DIR} ${_reversed_sources})
 
+# The same bundle comparing names as it does where GNUstep has no ICU, and on a Mac: with the
+# locale's -localizedCompare:, without collation keys. The menu tests load it too.
+set(LORVANE_UNKEYED_BUNDLE_DIR ${CMAKE_BINARY_DIR}/without-collation-keys/${LORVANE_BUNDLE_NAME}.mailbundle)
+lorvane_add_bundle(LorvaneWithoutCollationKeys ${LORVANE_UNKEYED_BUNDLE_DIR})
+target_compile_definitions(LorvaneWithoutCollationKeys PRIVATE LORVANE_WITHOUT_COLLATION_KEYS=1)
+
 file(GLOB LORVANE_LPROJ_FILES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/Resources/*.lproj/*)
 set(_bundle_resource_outputs "")
 foreach(res IN LISTS LORVANE_LPROJ_FILES ITEMS ${CMAKE_SOURCE_DIR}/Resources/icon.png)
     file(RELATIVE_PATH rel ${CMAKE_SOURCE_DIR}/Resources ${res})
-    foreach(bundle_dir IN ITEMS ${LORVANE_BUNDLE_DIR} ${LORVANE_REVERSED_BUNDLE_DIR})
+    foreach(bundle_dir IN ITEMS ${LORVANE_BUNDLE_DIR} ${LORVANE_REVERSED_BUNDLE_DIR} ${LORVANE_UNKEYED_BUNDLE_DIR})
         set(out ${bundle_dir}/Resources/${rel})
         add_custom_command(OUTPUT ${out}
             COMMAND ${CMAKE_COMMAND} -E copy ${res} ${out}
@@ -44,6 +50,7 @@ endforeach()
 add_custom_target(LorvaneResources ALL DEPENDS ${_bundle_resource_outputs})
 add_dependencies(Lorvane LorvaneResources)
 add_dependencies(LorvaneReversedSources LorvaneResources)
+add_dependencies(LorvaneWithoutCollationKeys LorvaneResources)
 
 # The macOS bundle's Info.plist, written here as well so that the tests can read what a
 # Mac build would ship. Building the bundle refreshes it.

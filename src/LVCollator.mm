@@ -2,7 +2,9 @@
 
 #include <string>
 
-#if defined(GS_USE_ICU) && GS_USE_ICU == 1
+// Names are compared by ICU's collation keys where GNUstep has ICU; otherwise (and in the
+// build that tests that path) by the locale's -localizedCompare:.
+#if defined(GS_USE_ICU) && GS_USE_ICU == 1 && !defined(LORVANE_WITHOUT_COLLATION_KEYS)
 #include <unicode/ucol.h>
 #define LV_COLLATION_KEYS 1
 #endif
