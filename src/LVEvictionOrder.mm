@@ -192,8 +192,6 @@ struct LVEvictionOrderState {
         _state->slots.resize(slot + 1);
     _state->setKey(slot, LVRecordKeyValue(record, _key));
     _state->placeNewPosition(slot, index);
-    if (index != 0)
-        _state->listInOrder = false;
     _state->file(slot, index == 0, [list slots], [list count]);
 }
 
