@@ -9,6 +9,7 @@
  * to before the C library's, and which fail as asked for files in the Preferences folder only.
  */
 #import "LVLorvane.h"
+#import "MHMailQuestions.h"
 #import "PropertyListReader.h"
 
 #include <dlfcn.h>
@@ -313,6 +314,16 @@ TEST_F(File, RecordsThatNameNoMailboxAreDroppedSilentlyAndAPathFoundTwiceGivesEa
     EXPECT_NSEQ((@[ @"Work", @"Work", @"Lists", @"Work" ]), LVListedNames(provider));
     EXPECT_EQ((id)[[second allMailboxUids] lastObject], (id)[provider getRecentMailboxUidAtIndex:0]);
     EXPECT_EQ(0u, LVLogCountWithPrefix(@"[Lorvane"));
+}
+
+// Mail's mailboxes are walked for the saved paths only when there are saved records.
+TEST_F(File, AFileWithoutRecordsAsksMailForNoMailboxPath)
+{
+    LVMemoryAccount(@"Archive", @[ @"Work", @"Lists" ]);
+    MHForgetMailQuestions();
+    LorvaneBundle_Provider *provider = LVStartProvider(10, LVPreferences(0, YES, @[]));
+    EXPECT_EQ(0u, MHMailQuestionCount(@selector(fullPath), nil));
+    EXPECT_NSEQ(@[], LVListedNames(provider));
 }
 
 TEST_F(File, ARecordListedTwiceLeavesOnePlaceAtATime)
