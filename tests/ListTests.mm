@@ -63,6 +63,12 @@ TEST_F(List, AUseAddsANewMailboxAtTheFrontOrTouchesTheListedOneInPlace)
     EXPECT_EQ(dated, [[provider getRecentMailboxAtIndex:1] date]);
     for (int index : { 3, -1 })
         EXPECT_TRUE(LVRaises([&] { [provider getRecentMailboxAtIndex:index]; })) << index;
+    // The list answers as a plain array does, a range past its end included.
+    NSArray *list = [provider valueForKey:@"_recentMailboxes"];
+    id records[4] = { nil };
+    EXPECT_TRUE(LVRaises([&] { [list getObjects:records range:NSMakeRange(1, 3)]; }));
+    EXPECT_FALSE(LVRaises([&] { [list getObjects:records range:NSMakeRange(1, 2)]; }));
+    EXPECT_EQ([provider getRecentMailboxAtIndex:2], records[1]);
 }
 
 TEST_F(List, SpecialMailboxesStayOutWhenExcludedAndLimitZeroKeepsEveryMailboxOut)
