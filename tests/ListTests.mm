@@ -69,6 +69,8 @@ TEST_F(List, AUseAddsANewMailboxAtTheFrontOrTouchesTheListedOneInPlace)
     EXPECT_TRUE(LVRaises([&] { [list getObjects:records range:NSMakeRange(1, 3)]; }));
     EXPECT_FALSE(LVRaises([&] { [list getObjects:records range:NSMakeRange(1, 2)]; }));
     EXPECT_EQ([provider getRecentMailboxAtIndex:2], records[1]);
+    NSArray *again = [[[[list class] alloc] initWithObjects:records count:2] autorelease];
+    EXPECT_NSEQ((@[ records[0], records[1] ]), again);
 }
 
 TEST_F(List, SpecialMailboxesStayOutWhenExcludedAndLimitZeroKeepsEveryMailboxOut)
