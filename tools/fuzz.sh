@@ -49,7 +49,8 @@ for entry in $targets; do
     echo "Fuzzing $name ($length, from $from; log: $log)"
     started=$(date +%s)
     # shellcheck disable=SC2086 # the limits and folders are separate arguments
-    # The peak is the largest of the processes run, which in fork mode are the fuzzer's jobs.
+    # In fork mode the peak is the largest of the processes run (the fuzzer's jobs, and the
+    # virtual display); otherwise libFuzzer's own figure for its process.
     python3 -c 'import resource, subprocess, sys
 status = subprocess.call(sys.argv[2:])
 open(sys.argv[1], "w").write("%d\n" % (resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024))
@@ -63,7 +64,8 @@ sys.exit(status)' "$work/$name.peak" \
     [ -n "$runs" ] || runs=$(sed -n 's/^#\([0-9]*\): cov:.*/\1/p' "$log" | tail -n 1)
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log")
     [ -n "$rate" ] || rate=$(( ${runs:-0} / (elapsed > 0 ? elapsed : 1) ))
-    peak=$(cat "$work/$name.peak")
+    peak=$(sed -n 's/^stat::peak_rss_mb: *//p' "$log")
+    [ -n "$peak" ] || peak=$(cat "$work/$name.peak")
     echo "  $name: ${runs:-?} inputs, ${rate:-?} a second, ${elapsed} s, peak ${peak:-?} MB"
     if [ "$result" -ne 0 ]; then
         status=1
