@@ -8,14 +8,12 @@
  *
  *   lorvane_play_day [--variants=N] [--seed=S] [--out=PREFIX] FILE...
  */
-#import <Foundation/Foundation.h>
 
 #include <algorithm>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iterator>
 #include <random>

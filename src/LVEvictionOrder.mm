@@ -236,7 +236,7 @@ struct LVEvictionOrderState {
     _state->filedSlots.assign(order.begin(), order.end());
     _state->filedKeys.clear();
     for (LVListSlot slot : order)
-        _state->filedKeys.push_back(_state->slots[slot].key);
+        _state->filedKeys.push_back(ranked[slot].key);
     _state->current = true;
     _state->listInOrder = false;
 }

@@ -9,11 +9,6 @@
  * name count as one) and by folder: "Work", "Work (Folder)", "Work (Account)" or
  * "Work (Account/Folder)".
  */
-/* Spelled alike, code unit for code unit, as a Mac compares names; nil is like no name.
-   GNUstep's -isEqualToString: also calls an "é" written as one character equal to one
-   written as two. */
-BOOL LVSameSpelling(NSString *a, NSString *b);
-
 @interface LVMailboxNames : NSObject
 
 /* YES when the records' mailboxes belong to accounts of different names. */
@@ -27,3 +22,8 @@ BOOL LVSameSpelling(NSString *a, NSString *b);
 + (NSString *)toolTipOfMailbox:(id<LVMailboxUid>)mailbox;
 
 @end
+
+/* Spelled alike, code unit for code unit, as a Mac compares names; nil is like no name.
+   GNUstep's -isEqualToString: also calls an "é" written as one character equal to one
+   written as two. */
+BOOL LVSameSpelling(NSString *a, NSString *b);

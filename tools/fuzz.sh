@@ -48,9 +48,9 @@ for entry in $targets; do
     mkdir -p "$work/$name" "$artifacts"
     echo "Fuzzing $name ($length, from $from; log: $log)"
     started=$(date +%s)
-    # shellcheck disable=SC2086 # the limits and folders are separate arguments
     # In fork mode the peak is the largest of the processes run (the fuzzer's jobs, and the
     # virtual display); otherwise libFuzzer's own figure for its process.
+    # shellcheck disable=SC2086 # the limits, options and folders are separate arguments
     python3 -c 'import resource, subprocess, sys
 status = subprocess.call(sys.argv[2:])
 open(sys.argv[1], "w").write("%d\n" % (resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss // 1024))
