@@ -3,6 +3,7 @@
  * allows, and what the five submenus show after an opening, for each of Mail's events.
  */
 #import "LVLorvane.h"
+#import "MHMailQuestions.h"
 
 #include <algorithm>
 #include <vector>
@@ -199,6 +200,21 @@ TEST_F(Menus, TheLimitIsReadFromTheSystemsRecentItemsFileWhateverItHolds)
         EXPECT_NSEQ([twelve subarrayWithRange:NSMakeRange(12 - shows, shows)], LVTitlesAboveSeparator([provider copyToRecentSubmenu]));
         EXPECT_TRUE(writesPreferences(provider));
     }
+}
+
+// A mailbox saved twice leaves a list only the whole-list pass can order; a limit below zero
+// lets it grow past its pre-made items (there are none), and no row is made, nor Mail asked
+// for its icon, where no item could show it.
+TEST_F(Menus, AListBeyondItsItemsOrderedWholeAsksMailNothingForRowsNoItemShows)
+{
+    MailboxUid *archive = mailbox(home, @"Archive");
+    provider = LVStartProvider(-1, LVPreferences(0, NO, @[ LVSavedRecord(archive, 2, nil), LVSavedRecord(archive, 1, nil) ]));
+    use(mailbox(home, @"Travel"));
+    MHForgetMailQuestions();
+    LVOpenRecentMenu([provider goToRecentSubmenu]);
+    EXPECT_EQ(3u, [LVListedNames(provider) count]);
+    EXPECT_NSEQ(@[], LVTitlesAboveSeparator([provider moveToRecentSubmenu]));
+    EXPECT_EQ(0u, MHMailQuestionCount(@selector(iconForMailboxUid:smallSize:), nil));
 }
 
 TEST_F(Menus, MailboxesSharingANameShowWhereTheyLive)
