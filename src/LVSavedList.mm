@@ -3,7 +3,6 @@
 #import "LVRecentList.h"
 #import "LorvaneMailbox.h"
 
-#include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -15,23 +14,18 @@ static NSArray *activeAccounts(void)
 
 // A saved path names a mailbox only when spelled exactly as Mail spells it, as on a Mac:
 // GNUstep's -isEqual: also matches an "é" written as one character to one written as two,
-// while their hashes differ, so neither it nor a dictionary keyed by the path will do.
-static std::u16string spellingOf(NSString *text)
-{
-    std::u16string spelling([text length], u'\0');
-    [text getCharacters:(unichar *)spelling.data() range:NSMakeRange(0, spelling.size())];
-    return spelling;
-}
+// so a dictionary keyed by the path will not do. -hash is a function of the characters alone,
+// so a path spelled as a saved one hashes as it does: each path's records, by their indexes
+// in file order, filed under the path's hash, and a mailbox's path compared only with the
+// saved paths that hash as it does.
+typedef std::unordered_map<NSUInteger, std::vector<NSUInteger>> LVIndexesByHash;
 
-typedef std::unordered_map<std::u16string, std::vector<NSUInteger>> LVIndexesBySpelling;
-
-// Each path's records, by their indexes in file order.
-static LVIndexesBySpelling recordIndexesByPath(NSArray *paths)
+static LVIndexesByHash recordIndexesByHashOfPath(NSArray *paths)
 {
-    LVIndexesBySpelling indexesByPath;
+    LVIndexesByHash indexesByHash;
     for (NSUInteger index = 0; index < [paths count]; index++)
-        indexesByPath[spellingOf([paths objectAtIndex:index])].push_back(index);
-    return indexesByPath;
+        indexesByHash[[[paths objectAtIndex:index] hash]].push_back(index);
+    return indexesByHash;
 }
 
 // A full list takes a restored record only if it ranks before the last record kept, which
@@ -65,7 +59,7 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
 // them in turn, so the list is filled only once every record has its mailboxes.
 + (NSArray *)listRestoredFromRecords:(NSArray *)records paths:(NSArray *)paths limit:(int)limit sortType:(int)sortType
 {
-    LVIndexesBySpelling indexesByPath = recordIndexesByPath(paths);
+    LVIndexesByHash indexesByHash = recordIndexesByHashOfPath(paths);
     std::vector<std::vector<id<LVMailboxUid>>> matches([records count]);
     if ([records count] > 0) {
         for (id<LVMailAccount> account in activeAccounts()) {
@@ -73,11 +67,13 @@ static void placeRestoredRecord(LorvaneMailbox *record, id<LVMailboxUid> mailbox
                 NSString *fullPath = [mailbox fullPath];
                 if (fullPath == nil)
                     continue;
-                auto found = indexesByPath.find(spellingOf(fullPath));
-                if (found == indexesByPath.end())
+                auto found = indexesByHash.find([fullPath hash]);
+                if (found == indexesByHash.end())
                     continue;
-                for (NSUInteger index : found->second)
-                    matches[index].push_back(mailbox);
+                for (NSUInteger index : found->second) {
+                    if (LVSameSpelling(fullPath, [paths objectAtIndex:index]))
+                        matches[index].push_back(mailbox);
+                }
             }
         }
     }
