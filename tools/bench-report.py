@@ -4,9 +4,10 @@ bench/results/scaling.png.
 
 Usage:
   bench-report.py BASELINE.json PLUGIN.json RESULTS_DIR [PROCESS.json ...]
-      Merges Mail alone (its runs renamed "...WithoutPlugin"), Mail with the plug-in, and the
-      extra processes that measure loading and start-up memory once each, into
-      RESULTS_DIR/latest.json; then writes the documents below from it.
+      Merges Mail alone (its runs renamed "...WithoutPlugin"), Mail with the plug-in (with the
+      benchmarks run in processes of their own, from files named *-alone.json.tmp: the
+      fastest run of each), and the extra processes that measure loading and start-up memory
+      once each, into RESULTS_DIR/latest.json; then writes the documents below from it.
   bench-report.py --docs [LATEST.json]
       Writes docs/performance.md (from docs/performance.md.in) and, with matplotlib, the plot
       again from a saved run.
@@ -34,13 +35,27 @@ def renamed(run, suffix):
     return run
 
 
+def seconds_of(run):
+    return run.get("median_step_s") or run["real_time"] * SECONDS[run.get("time_unit", "ns")]
+
+
 def merge(baseline_path, plugin_path, process_paths):
     merged = load(plugin_path)
     merged["benchmarks"] = [renamed(run, WITHOUT) for run in load(baseline_path)["benchmarks"]] + merged["benchmarks"]
     merged["per_process"] = []
+    fastest_alone = {}
     for path in process_paths:
-        without = path.endswith("-without.json.tmp")
-        merged["per_process"] += [renamed(run, WITHOUT) if without else run for run in load(path)["benchmarks"]]
+        runs = load(path)["benchmarks"]
+        if path.endswith("-alone.json.tmp"):
+            for run in runs:
+                kept = fastest_alone.get(run["name"])
+                if kept is None or seconds_of(run) < seconds_of(kept):
+                    fastest_alone[run["name"]] = run
+        elif path.endswith("-without.json.tmp"):
+            merged["per_process"] += [renamed(run, WITHOUT) for run in runs]
+        else:
+            merged["per_process"] += runs
+    merged["benchmarks"] += list(fastest_alone.values())
     return merged
 
 
@@ -56,7 +71,7 @@ class Run:
             parts = run["name"].split("/")
             key = (parts[0], tuple(int(p) for p in parts[1:] if p.isdigit()))
             run = dict(run)
-            run["seconds"] = run.get("median_step_s") or run["real_time"] * SECONDS[run.get("time_unit", "ns")]
+            run["seconds"] = seconds_of(run)
             self.runs[key] = run
         self.processes = document.get("per_process", [])
 
