@@ -15,8 +15,8 @@ for program in lorvane_bench_baseline lorvane_bench; do
     fi
 done
 mkdir -p "$results"
-# Extra arguments for both programs, such as --benchmark_filter=Transfer (which then also
-# chooses within each of the plug-in's two processes).
+# Extra arguments for both programs, such as --benchmark_filter=Transfer (given after the
+# filters below, it chooses for every run of the plug-in's program).
 args="${LORVANE_BENCH_ARGS:---benchmark_min_time=0.2}"
 
 echo "== Mail without the plug-in"
